@@ -1,0 +1,3 @@
+#include "cells/NimbraColorPickerTableCell.h"
+
+NIM_REGISTER_CLASS(NimbraColorPickerTableCell, PSTableCell);

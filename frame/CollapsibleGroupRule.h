@@ -1,0 +1,117 @@
+#pragma once
+// One line of a page's rule table: which rows a preference key shows and hides.
+//
+//   trigger key | shown when | children (in insertion order) | inserted after | notes
+//
+// The value hook compares a changed row's "key" with the trigger keys in table order; the first
+// rule whose key matches acts. When its condition holds it inserts the children, each as its own
+// animated insertion after its anchor, unless the guard row is already shown; then it re-applies
+// the nested rules from the current values of their rows. Otherwise it removes the rows it hides,
+// one at a time, animated. The reload applies every rule in table order, removing the hidden rows
+// without animation; it never inserts.
+
+#include "platform/PlistValue.h"
+
+#include <cstdint>
+#include <initializer_list>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// The condition under which a rule's rows are shown. on / off read the value as a boolean
+/// (boolValue, boolForKey:), every other test as an integer (integerValue, integerForKey:).
+class Condition {
+public:
+    enum class Test { On, Off, Equal, NotEqual, AtLeast, AtMost, Below, In, NotIn };
+
+    static Condition on() { return Condition(Test::On); }
+    static Condition off() { return Condition(Test::Off); }
+    static Condition equal(std::int64_t n) { return Condition(Test::Equal, {n}); }
+    static Condition notEqual(std::int64_t n) { return Condition(Test::NotEqual, {n}); }
+    static Condition atLeast(std::int64_t n) { return Condition(Test::AtLeast, {n}); }
+    static Condition atMost(std::int64_t n) { return Condition(Test::AtMost, {n}); }
+    static Condition below(std::int64_t n) { return Condition(Test::Below, {n}); }
+    static Condition in(std::initializer_list<std::int64_t> values) { return Condition(Test::In, values); }
+    static Condition notIn(std::initializer_list<std::int64_t> values) { return Condition(Test::NotIn, values); }
+
+    Test test() const { return _test; }
+    bool readsBoolean() const { return _test == Test::On || _test == Test::Off; }
+    bool holds(const PlistValue& value) const;
+    bool holdsForBoolean(bool value) const;
+    bool holdsForInteger(std::int64_t value) const;
+    /// "on", "= 2", "in {0, 2}", ...
+    std::string description() const;
+
+private:
+    explicit Condition(Test test, std::vector<std::int64_t> operands = {})
+        : _test(test)
+        , _operands(std::move(operands))
+    {
+    }
+    Test _test;
+    std::vector<std::int64_t> _operands;
+};
+
+/// A child row and the row it is inserted after.
+struct Placement {
+    std::string id;
+    std::string after;
+};
+
+struct CollapsibleGroupRule {
+    std::string key;
+    Condition shownWhen = Condition::on();
+    std::vector<Placement> children;
+    /// The id of the row that edits `key`, where the page reads it ("the value of row X") or a
+    /// tool checks it; empty when the row carries no id.
+    std::string row;
+    /// The row tested with containsSpecifier: before inserting; empty means the first child.
+    std::string guard;
+    /// Whether the guard names an id the page deliberately never captures, so it never stops the
+    /// insertion.
+    bool guardNeverCaptured = false;
+    /// No presence test at all: a repeated change inserts the rows again.
+    bool unguarded = false;
+    /// Keys of rules re-applied, from the values of their rows, after this rule's children are in.
+    std::vector<std::string> nested;
+    /// The rows removed when the condition fails; empty means the children, then the rows the
+    /// nested rules hide.
+    std::vector<std::string> hides;
+
+    /// Whether the reload applies this rule.
+    bool reloaded = true;
+    /// When the reload removes the rows; nothing means whenever the shown-when condition fails.
+    std::optional<Condition> reloadRemovesWhen;
+    /// The value the reload takes for an absent key (boolForKey:default:, integerForKey:default:).
+    PlistValue reloadDefault;
+    /// Whether the reload animates its removals (it does not, unless a page says so).
+    bool reloadAnimated = false;
+
+    // Building a table line.
+    CollapsibleGroupRule& chain(const std::vector<std::string>& ids, std::string after);
+    CollapsibleGroupRule& place(std::string id, std::string after);
+    CollapsibleGroupRule& editedBy(std::string rowId);
+    CollapsibleGroupRule& guardedOn(std::string id);
+    CollapsibleGroupRule& guardedOnUncaptured(std::string id);
+    CollapsibleGroupRule& withoutGuard();
+    CollapsibleGroupRule& nests(std::vector<std::string> keys);
+    CollapsibleGroupRule& hiding(std::vector<std::string> ids);
+    CollapsibleGroupRule& notReloaded();
+    CollapsibleGroupRule& reloadRemovingWhen(Condition condition);
+    CollapsibleGroupRule& reloadDefaulting(PlistValue value);
+    CollapsibleGroupRule& reloadAnimating();
+
+    /// The ids of the children, in insertion order.
+    std::vector<std::string> childIds() const;
+    /// The id that the presence test looks up ("" when unguarded).
+    std::string guardId() const;
+};
+
+/// Starts a table line: rows governed by key, shown when the condition holds.
+CollapsibleGroupRule when(std::string key, Condition shownWhen);
+
+/// A numbered family of ids: numbered("topLevelChild%d", 1, 3) is topLevelChild1 .. topLevelChild3.
+std::vector<std::string> numbered(std::string_view format, int first, int last);
+/// Concatenates id lists.
+std::vector<std::string> operator+(std::vector<std::string> a, const std::vector<std::string>& b);

@@ -1,0 +1,163 @@
+#include "frame/NIMCollapsibleListController.h"
+
+#include "frame/SharedActions.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+NIM_REGISTER_ABSTRACT_CLASS(NIMCollapsibleListController, HBListController);
+
+NIMCollapsibleListController::NIMCollapsibleListController(const PageDescription& page)
+    : _page(page)
+{
+}
+
+SpecifierArray& NIMCollapsibleListController::specifiers()
+{
+    if (!specifiersLoaded()) {
+        setSpecifiers(loadSpecifiersFromPlistName(_page.definition, shared_from_this()));
+        if (_page.fixesColorRows)
+            fixColorPicker(*_specifiers, shared_from_this());
+    }
+    capture();
+    return *_specifiers;
+}
+
+void NIMCollapsibleListController::capture()
+{
+    auto ids = _page.capturedIds();
+    for (auto& specifier : *_specifiers) {
+        const std::string& id = specifier->identifier();
+        if (!id.empty() && std::find(ids.begin(), ids.end(), id) != ids.end())
+            _savedSpecifiers[id] = specifier;
+    }
+}
+
+void NIMCollapsibleListController::setPreferenceValue(const PlistValue& value, const std::shared_ptr<PSSpecifier>& specifier)
+{
+    HBListController::setPreferenceValue(value, specifier);
+    if (specifier)
+        valueChanged(specifier->key(), value);
+}
+
+void NIMCollapsibleListController::reloadSpecifiers()
+{
+    HBListController::reloadSpecifiers();
+    if (_page.domain.empty())
+        return;
+    prune(*HBPreferences::preferencesForIdentifier(_page.domain));
+}
+
+void NIMCollapsibleListController::viewDidLoad()
+{
+    HBListController::viewDidLoad();
+    reloadSpecifiers();
+}
+
+void NIMCollapsibleListController::valueChanged(const std::string& key, const PlistValue& value)
+{
+    if (const CollapsibleGroupRule* rule = _page.ruleForKey(key))
+        apply(*rule, value);
+}
+
+void NIMCollapsibleListController::prune(HBPreferences& preferences)
+{
+    for (auto& rule : _page.rules)
+        pruneRule(rule, preferences);
+}
+
+void NIMCollapsibleListController::apply(const CollapsibleGroupRule& rule, const PlistValue& value)
+{
+    if (rule.shownWhen.holds(value))
+        show(rule);
+    else
+        hide(rule);
+}
+
+bool NIMCollapsibleListController::show(const CollapsibleGroupRule& rule)
+{
+    std::string guard = rule.guardId();
+    if (!guard.empty() && isShown(guard))
+        return false;
+    for (auto& child : rule.children)
+        insert(child.id, child.after);
+    showNested(rule.nested);
+    return true;
+}
+
+void NIMCollapsibleListController::showNested(const std::vector<std::string>& keys)
+{
+    for (auto& key : keys) {
+        const CollapsibleGroupRule* inner = _page.ruleForKey(key);
+        if (inner && inner->shownWhen.holds(valueOfRow(inner->row)))
+            show(*inner);
+    }
+}
+
+void NIMCollapsibleListController::hide(const CollapsibleGroupRule& rule, bool animated)
+{
+    remove(_page.hiddenBy(rule), animated);
+}
+
+bool NIMCollapsibleListController::reloadRemoves(const CollapsibleGroupRule& rule, HBPreferences& preferences) const
+{
+    PlistValue stored = preferences.objectForKey(rule.key);
+    if (stored.isNil())
+        stored = rule.reloadDefault;
+    if (rule.reloadRemovesWhen)
+        return rule.reloadRemovesWhen->holds(stored);
+    return !rule.shownWhen.holds(stored);
+}
+
+void NIMCollapsibleListController::pruneRule(const CollapsibleGroupRule& rule, HBPreferences& preferences)
+{
+    if (rule.reloaded && reloadRemoves(rule, preferences))
+        hide(rule, rule.reloadAnimated);
+}
+
+const CollapsibleGroupRule& NIMCollapsibleListController::rule(std::string_view key) const
+{
+    const CollapsibleGroupRule* found = _page.ruleForKey(key);
+    if (!found)
+        throw std::logic_error("page " + _page.definition + " has no rule for " + std::string(key));
+    return *found;
+}
+
+std::shared_ptr<PSSpecifier> NIMCollapsibleListController::saved(std::string_view id) const
+{
+    auto it = _savedSpecifiers.find(id);
+    return it == _savedSpecifiers.end() ? nullptr : it->second;
+}
+
+bool NIMCollapsibleListController::isShown(std::string_view id) const
+{
+    return containsSpecifier(saved(id));
+}
+
+void NIMCollapsibleListController::insert(std::string_view id, std::string_view after, bool animated)
+{
+    if (auto specifier = saved(id))
+        insertContiguousSpecifiers({specifier}, after, animated);
+}
+
+void NIMCollapsibleListController::insertChain(const std::vector<std::string>& ids, std::string_view after, bool animated)
+{
+    std::string anchor(after);
+    for (auto& id : ids) {
+        insert(id, anchor, animated);
+        anchor = id;
+    }
+}
+
+void NIMCollapsibleListController::remove(const std::vector<std::string>& ids, bool animated)
+{
+    for (auto& id : ids)
+        if (auto specifier = saved(id))
+            removeContiguousSpecifiers({specifier}, animated);
+}
+
+PlistValue NIMCollapsibleListController::valueOfRow(std::string_view id)
+{
+    auto specifier = saved(id);
+    return specifier ? readPreferenceValue(specifier) : PlistValue();
+}

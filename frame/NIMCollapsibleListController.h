@@ -1,0 +1,89 @@
+#pragma once
+// The collapsible-group engine and the one lifecycle every page of the bundle follows:
+//
+//   specifiers      loads the definition on first use (through the colour-picker fix-up where the
+//                   page has colour rows) and, on every call, captures the page's child rows into
+//                   `savedSpecifiers` (never emptied, so a detached row keeps its identity);
+//   value hook      stores the value, then applies the first rule whose trigger key is the row's
+//                   key: animated insertion after the anchor (guarded), or animated removal;
+//   reload          rebuilds the list from the definition, then removes, unanimated, the rows of
+//                   every rule whose condition fails in the stored domain; it never inserts;
+//   viewDidLoad     the base's, then the reload, so the first display is already pruned.
+//
+// A page whose behaviour departs from its table overrides `valueChanged` or `prune` in its own
+// file and uses the helpers below.
+
+#include "frame/PageDescription.h"
+#include "platform/Cephei.h"
+#include "platform/HBPreferences.h"
+
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+class NIMCollapsibleListController : public HBListController {
+public:
+    using SavedSpecifiers = std::map<std::string, std::shared_ptr<PSSpecifier>, std::less<>>;
+
+    explicit NIMCollapsibleListController(const PageDescription& page);
+
+    /// The page's definition, domain and rules.
+    const PageDescription& page() const { return _page; }
+
+    SpecifierArray& specifiers() override;
+    void setPreferenceValue(const PlistValue& value, const std::shared_ptr<PSSpecifier>& specifier) override;
+    void reloadSpecifiers() override;
+    void viewDidLoad() override;
+
+    /// Child id -> specifier; made by the first `specifiers` call.
+    const SavedSpecifiers& savedSpecifiers() const { return _savedSpecifiers; }
+    void setSavedSpecifiers(SavedSpecifiers saved) { _savedSpecifiers = std::move(saved); }
+
+protected:
+    /// The value hook, after the value is stored: applies the rule for key (if any) to value.
+    virtual void valueChanged(const std::string& key, const PlistValue& value);
+    /// The reload's pruning, after the list was rebuilt: every rule in table order.
+    virtual void prune(HBPreferences& preferences);
+
+    // The engine's steps, for pages that depart from their table.
+
+    /// Shows or hides a rule's rows for a value, as the value hook does.
+    void apply(const CollapsibleGroupRule& rule, const PlistValue& value);
+    /// Inserts a rule's children (unless its guard row is shown), then its nested rules whose rows'
+    /// values hold. False when the guard stopped it.
+    bool show(const CollapsibleGroupRule& rule);
+    /// Removes the rows a rule hides, one at a time.
+    void hide(const CollapsibleGroupRule& rule, bool animated = true);
+    /// The reload's treatment of one rule: reads its key and removes its rows when they do not apply.
+    void pruneRule(const CollapsibleGroupRule& rule, HBPreferences& preferences);
+    /// Whether the reload removes a rule's rows for the stored value (absent keys read as the
+    /// rule's reload default, else NO / 0).
+    bool reloadRemoves(const CollapsibleGroupRule& rule, HBPreferences& preferences) const;
+    /// Re-applies nested rules from the values of their rows (their own guards apply).
+    void showNested(const std::vector<std::string>& keys);
+
+    /// The rule of the table for a trigger key (the page's own; throws for a key it lacks).
+    const CollapsibleGroupRule& rule(std::string_view key) const;
+    /// The saved specifier for a child id, or nullptr.
+    std::shared_ptr<PSSpecifier> saved(std::string_view id) const;
+    /// Whether the saved row with that id is shown (NO for an id never captured).
+    bool isShown(std::string_view id) const;
+    /// Inserts the saved row id after anchor; nothing when it was never captured. Does not check
+    /// whether it is shown already.
+    void insert(std::string_view id, std::string_view after, bool animated = true);
+    /// Inserts ids as a chain: the first after anchor, each next one after the one before.
+    void insertChain(const std::vector<std::string>& ids, std::string_view after, bool animated = true);
+    /// Removes the saved rows with these ids, one at a time, in order.
+    void remove(const std::vector<std::string>& ids, bool animated = true);
+    /// The current value of a captured row (readPreferenceValue: on its saved specifier); nil when
+    /// the row was never captured.
+    PlistValue valueOfRow(std::string_view id);
+
+private:
+    void capture();
+
+    const PageDescription& _page;
+    SavedSpecifiers _savedSpecifiers;
+};

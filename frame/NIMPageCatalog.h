@@ -1,0 +1,31 @@
+#pragma once
+// Every page controller of the bundle, registered by its own file: its class (so that link rows
+// can open it by name) and its description (definition, domain, rules) for the host's `pages`
+// listing and for the consistency check of the page definitions.
+
+#include "frame/PageDescription.h"
+#include "platform/ObjCRuntime.h"
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+struct NIMPageEntry {
+    std::string className;
+    const PageDescription& (*description)();
+};
+
+namespace NIMPageCatalog {
+
+bool add(NIMPageEntry entry);
+/// Every registered page controller, by class name.
+std::vector<NIMPageEntry> all();
+/// The entry of a page controller class, or nullptr.
+const NIMPageEntry* find(std::string_view className);
+
+}  // namespace NIMPageCatalog
+
+/// Registers a page controller: `Type::description()` returns its PageDescription.
+#define NIM_REGISTER_PAGE(Type, Super)                                                   \
+    NIM_REGISTER_CLASS(Type, Super);                                                     \
+    static const bool Type##_page [[maybe_unused]] = NIMPageCatalog::add({#Type, &Type::description})

@@ -1,0 +1,68 @@
+#include "host/JsonValue.h"
+
+#include "platform/ObjCRuntime.h"
+
+#include <cmath>
+#include <ctime>
+
+namespace {
+
+std::string base64(const std::vector<std::uint8_t>& bytes)
+{
+    static constexpr char alphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    std::string out;
+    out.reserve((bytes.size() + 2) / 3 * 4);
+    for (std::size_t i = 0; i < bytes.size(); i += 3) {
+        std::uint32_t n = bytes[i] << 16;
+        if (i + 1 < bytes.size())
+            n |= bytes[i + 1] << 8;
+        if (i + 2 < bytes.size())
+            n |= bytes[i + 2];
+        out += alphabet[(n >> 18) & 63];
+        out += alphabet[(n >> 12) & 63];
+        out += i + 1 < bytes.size() ? alphabet[(n >> 6) & 63] : '=';
+        out += i + 2 < bytes.size() ? alphabet[n & 63] : '=';
+    }
+    return out;
+}
+
+std::string iso8601(double secondsSinceReferenceDate)
+{
+    constexpr double kReferenceDate = 978307200;  // 2001-01-01 in Unix time
+    std::time_t t = static_cast<std::time_t>(std::floor(secondsSinceReferenceDate + kReferenceDate));
+    std::tm tm {};
+    gmtime_r(&t, &tm);
+    char text[32];
+    std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", &tm);
+    return text;
+}
+
+}  // namespace
+
+nlohmann::ordered_json toJson(const PlistValue& value)
+{
+    using Kind = PlistValue::Kind;
+    switch (value.kind()) {
+    case Kind::Nil: return nullptr;
+    case Kind::Boolean: return value.boolValue();
+    case Kind::Integer: return value.integerValue();
+    case Kind::Real: return value.doubleValue();
+    case Kind::String: return value.stringValue();
+    case Kind::Data: return base64(value.dataValue()->bytes);
+    case Kind::Date: return iso8601(value.dateValue()->secondsSinceReferenceDate);
+    case Kind::Array: {
+        auto array = nlohmann::ordered_json::array();
+        for (auto& item : value.arrayValue())
+            array.push_back(toJson(item));
+        return array;
+    }
+    case Kind::Dictionary: {
+        auto object = nlohmann::ordered_json::object();
+        for (auto& [key, item] : value.dictionaryValue())
+            object[key] = toJson(item);
+        return object;
+    }
+    case Kind::Class: return value.classValue()->name;
+    }
+    return nullptr;
+}

@@ -1,0 +1,202 @@
+#include "host/Session.h"
+
+#include "frame/SharedActions.h"
+#include "host/JsonValue.h"
+#include "host/RootSeed.h"
+#include "platform/HBPreferences.h"
+#include "platform/NSFileManager.h"
+#include "platform/PropertyListSerialization.h"
+
+Session::Session(Options options)
+{
+    seedRoot(options.root);
+    _process = std::make_unique<Process>(Process::Options{
+        .root = options.root,
+        .resources = options.resources,
+        .coreFoundationVersion = options.coreFoundationVersion,
+        .mainBundleIdentifier = options.hostBundle,
+        .clock = options.clock,
+    });
+    _navigation = NSObject::make<UINavigationController>();
+}
+
+Session::~Session()
+{
+    // Pages and blocks go before the process they live in.
+    _navigation.reset();
+}
+
+std::shared_ptr<PSListController> Session::topPage() const
+{
+    return std::dynamic_pointer_cast<PSListController>(_navigation->topViewController());
+}
+
+std::shared_ptr<PSListController> Session::requireTopPage() const
+{
+    auto page = topPage();
+    if (!page)
+        throw CommandError("no page is open");
+    return page;
+}
+
+std::shared_ptr<PSSpecifier> Session::shownRow(const std::string& property, const std::string& value) const
+{
+    auto page = requireTopPage();
+    for (auto& row : page->specifiers())
+        if (row->propertyForKey(property).stringValue() == value)
+            return row;
+    throw CommandError(page->className() + " shows no row with " + property + " \"" + value + "\"");
+}
+
+void Session::present(const std::shared_ptr<UIViewController>& controller)
+{
+    _navigation->pushViewController(controller, true);
+    if (auto page = std::dynamic_pointer_cast<PSListController>(controller))
+        page->specifiers();
+    controller->viewDidLoad();
+    controller->viewWillAppear(true);
+}
+
+void Session::open(const std::string& className)
+{
+    const ObjCClass* cls = NSClassFromString(className);
+    if (!cls || !cls->make || !ObjCRuntime::isSubclass(*cls, "PSListController"))
+        throw CommandError("unknown page controller \"" + className + "\"");
+    // The root page chooses the colour-picker library when the bundle opens; a page opened
+    // directly finds it chosen as the root page would have chosen it.
+    if (className != "NIMRootListController" && NimbraColorPickers::selectedColorPicker() == 0)
+        NimbraColorPickers::selectColorPicker();
+    present(std::static_pointer_cast<UIViewController>(cls->make()));
+}
+
+void Session::set(const std::string& key, const PlistValue& value)
+{
+    auto page = requireTopPage();
+    auto row = shownRow("key", key);
+    if (!row->isEnabled())
+        throw CommandError("the row for \"" + key + "\" is disabled");
+    page->setPreferenceValue(value, row);
+}
+
+void Session::write(const std::string& domain, const std::string& key, const PlistValue& value)
+{
+    if (!HBPreferences::isValidIdentifier(domain))
+        throw CommandError("\"" + domain + "\" is not a domain identifier");
+    if (!HBPreferences::preferencesForIdentifier(domain)->setObject(value, key))
+        throw CommandError("could not write " + domain);
+}
+
+void Session::tap(const std::string& id)
+{
+    auto row = shownRow("id", id);
+    if (!row->isEnabled())
+        throw CommandError("the row \"" + id + "\" is disabled");
+    const std::string& action = row->propertyForKey("action").stringValue();
+    if (!action.empty()) {
+        auto target = row->target();
+        if (!target || !target->performSelector(action))
+            throw CommandError("row \"" + id + "\" calls " + action + ", which its target does not have");
+        return;
+    }
+    if (row->cellType() == PSCellType::Link || row->cellType() == PSCellType::LinkList) {
+        const ObjCClass* detail = row->detailControllerClass();
+        if (!detail && !row->detailClassName().empty())
+            throw CommandError("page " + row->detailClassName() + " is not available yet");
+        if (detail && detail->make) {
+            present(std::static_pointer_cast<UIViewController>(detail->make()));
+            return;
+        }
+    }
+    throw CommandError("row \"" + id + "\" does nothing when tapped");
+}
+
+void Session::call(const std::string& selector)
+{
+    auto page = requireTopPage();
+    if (!page->performSelector(selector))
+        throw CommandError(page->className() + " has no action " + selector);
+}
+
+void Session::alert(const std::string& title)
+{
+    auto page = requireTopPage();
+    auto alert = std::dynamic_pointer_cast<UIAlertController>(page->presentedViewController());
+    if (!alert)
+        throw CommandError("no alert is shown");
+    const UIAlertAction* action = alert->actionTitled(title);
+    if (!action)
+        throw CommandError("the alert has no action \"" + title + "\"");
+    auto handler = action->handler;
+    page->dismissViewControllerAnimated(true);
+    if (handler)
+        handler();
+}
+
+void Session::wait(double seconds)
+{
+    if (!(seconds >= 0))
+        throw CommandError("cannot wait a negative time");
+    _process->mainQueue().advance(seconds);
+}
+
+void Session::reload()
+{
+    requireTopPage()->reloadSpecifiers();
+}
+
+void Session::back()
+{
+    if (_navigation->viewControllers().size() < 2)
+        throw CommandError("there is no page to go back to");
+    _navigation->popViewControllerAnimated(true);
+}
+
+Session::Json Session::show() const
+{
+    auto page = requireTopPage();
+    Json ids = Json::array();
+    for (auto& row : page->specifiers())
+        if (!row->identifier().empty())
+            ids.push_back(row->identifier());
+    return {{"page", page->className()}, {"ids", ids}};
+}
+
+Session::Json Session::rows()
+{
+    auto page = requireTopPage();
+    Json rows = Json::array();
+    for (auto& row : page->specifiers()) {
+        Json properties = Json::object();
+        for (auto& [key, value] : row->properties())
+            properties[key] = toJson(value);
+        Json entry{{"label", row->name()},
+                   {"properties", properties},
+                   {"cellClass", row->cellClass() ? Json(row->cellClass()->name) : Json(nullptr)},
+                   {"enabled", row->isEnabled()}};
+        if (!row->key().empty())
+            entry["value"] = toJson(page->readPreferenceValue(row));
+        rows.push_back(std::move(entry));
+    }
+    return {{"page", page->className()}, {"rows", rows}};
+}
+
+Session::Json Session::events()
+{
+    Json events = Json::array();
+    for (auto& event : _process->events().drain())
+        events.push_back(std::move(event));
+    return {{"events", events}};
+}
+
+Session::Json Session::file(const std::string& path) const
+{
+    if (!_process->hostPath(path))
+        throw CommandError("\"" + path + "\" is not an absolute device path");
+    auto& files = NSFileManager::defaultManager();
+    Json value = nullptr;
+    bool exists = files.fileExistsAtPath(path);
+    if (auto bytes = files.contentsAtPath(path))
+        if (auto parsed = PropertyListSerialization::propertyListWithData(*bytes))
+            value = toJson(*parsed);
+    return {{"path", path}, {"exists", exists}, {"value", value}};
+}

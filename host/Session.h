@@ -1,0 +1,68 @@
+#pragma once
+// One run of the bundle in the host: a process (root, system facts, clock), the Settings app's
+// navigation stack, and the user's gestures as commands. `nimbra-prefs script` and the tests drive
+// it line by line; every command either does what a user would do or throws CommandError.
+
+#include "platform/PSListController.h"
+#include "platform/Process.h"
+
+#include <nlohmann/json.hpp>
+
+#include <filesystem>
+#include <memory>
+#include <stdexcept>
+#include <string>
+
+class CommandError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+class Session {
+public:
+    using Json = nlohmann::ordered_json;
+
+    struct Options {
+        std::filesystem::path root;
+        std::filesystem::path resources;
+        double coreFoundationVersion = 1953.1;
+        std::string hostBundle = "com.apple.Preferences";
+        MainQueue::Clock clock = MainQueue::Clock::Virtual;
+    };
+
+    explicit Session(Options options);
+    ~Session();
+
+    Process& process() { return *_process; }
+    /// The page on top of the navigation stack, or nullptr.
+    std::shared_ptr<PSListController> topPage() const;
+
+    // The user's gestures.
+    void open(const std::string& className);
+    void set(const std::string& key, const PlistValue& value);
+    void write(const std::string& domain, const std::string& key, const PlistValue& value);
+    void tap(const std::string& id);
+    void call(const std::string& selector);
+    void alert(const std::string& title);
+    void wait(double seconds);
+    void reload();
+    void back();
+
+    // What the screen and the disk show.
+    Json show() const;
+    Json rows();
+    Json events();
+    Json file(const std::string& path) const;
+
+    /// Ends a command: draws what changed (bar buttons).
+    void commit() { _process->commit(); }
+
+private:
+    /// Shows a controller on top: push, then init's followers (specifiers, viewDidLoad, viewWillAppear:).
+    void present(const std::shared_ptr<UIViewController>& controller);
+    std::shared_ptr<PSListController> requireTopPage() const;
+    std::shared_ptr<PSSpecifier> shownRow(const std::string& property, const std::string& value) const;
+
+    std::unique_ptr<Process> _process;
+    std::shared_ptr<UINavigationController> _navigation;
+};

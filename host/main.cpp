@@ -1,0 +1,130 @@
+// nimbra-prefs: the NimbraPrefs settings bundle on a desktop.
+
+#include "frame/NIMPageCatalog.h"
+#include "host/HostOptions.h"
+#include "host/ScriptRunner.h"
+#include "host/Session.h"
+
+#include <cstdlib>
+#include <fstream>
+#include <iostream>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace {
+
+constexpr const char* kUsage = R"(usage: nimbra-prefs [--root DIR] [--cf-version N] [--host-bundle ID] COMMAND [ARGS]
+
+The Nimbra settings bundle, run against a Linux stand-in for the device.
+
+Commands:
+  pages          list every page controller with its definition and domain
+  script [FILE]  run a scripted session from FILE (or standard input)
+
+Options:
+  --root DIR         the directory that stands for /var/jb
+                     (default: $NIMBRA_ROOT, else ~/.local/share/nimbra-prefs/jb)
+  --cf-version N     the Core Foundation version number of the running system (default 1953.1)
+  --host-bundle ID   the host app's bundle identifier (default com.apple.Preferences;
+                     com.veltram.nimbraapp is the companion app)
+  -h, --help         show this help
+)";
+
+struct Arguments {
+    std::optional<std::string> root;
+    double cfVersion = 1953.1;
+    std::string hostBundle = "com.apple.Preferences";
+    std::string command;
+    std::vector<std::string> rest;
+};
+
+[[noreturn]] void usageError(const std::string& message)
+{
+    std::cerr << "nimbra-prefs: " << message << "\n\n" << kUsage;
+    std::exit(2);
+}
+
+Arguments parse(int argc, char** argv)
+{
+    Arguments arguments;
+    int i = 1;
+    auto value = [&](const std::string& option) -> std::string {
+        if (i + 1 >= argc)
+            usageError(option + " needs a value");
+        return argv[++i];
+    };
+    for (; i < argc; ++i) {
+        std::string arg = argv[i];
+        if (arg == "-h" || arg == "--help") {
+            std::cout << kUsage;
+            std::exit(0);
+        } else if (arg == "--root") {
+            arguments.root = value(arg);
+        } else if (arg == "--cf-version") {
+            std::string text = value(arg);
+            char* end = nullptr;
+            arguments.cfVersion = std::strtod(text.c_str(), &end);
+            if (text.empty() || *end)
+                usageError("--cf-version takes a number, not \"" + text + "\"");
+        } else if (arg == "--host-bundle") {
+            arguments.hostBundle = value(arg);
+        } else if (!arg.empty() && arg[0] == '-' && arg != "-") {
+            usageError("unknown option " + arg);
+        } else {
+            break;
+        }
+    }
+    if (i >= argc)
+        usageError("missing command");
+    arguments.command = argv[i++];
+    for (; i < argc; ++i)
+        arguments.rest.emplace_back(argv[i]);
+    return arguments;
+}
+
+int listPages()
+{
+    for (auto& entry : NIMPageCatalog::all()) {
+        const PageDescription& page = entry.description();
+        std::cout << entry.className << '\t' << page.definition << '\t' << (page.domain.empty() ? "-" : page.domain) << '\n';
+    }
+    return 0;
+}
+
+int script(const Arguments& arguments, const char* argv0)
+{
+    if (arguments.rest.size() > 1)
+        usageError("script takes at most one file");
+    Session session({
+        .root = resolveRoot(arguments.root),
+        .resources = resolveResources(argv0),
+        .coreFoundationVersion = arguments.cfVersion,
+        .hostBundle = arguments.hostBundle,
+    });
+    if (arguments.rest.empty() || arguments.rest[0] == "-")
+        return runScript(session, std::cin, std::cout, std::cerr);
+    std::ifstream file(arguments.rest[0]);
+    if (!file) {
+        std::cerr << "nimbra-prefs: cannot read " << arguments.rest[0] << '\n';
+        return 2;
+    }
+    return runScript(session, file, std::cout, std::cerr);
+}
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
+    Arguments arguments = parse(argc, argv);
+    try {
+        if (arguments.command == "pages")
+            return listPages();
+        if (arguments.command == "script")
+            return script(arguments, argv[0]);
+    } catch (const std::exception& error) {
+        std::cerr << "nimbra-prefs: " << error.what() << '\n';
+        return 1;
+    }
+    usageError("unknown command \"" + arguments.command + "\"");
+}

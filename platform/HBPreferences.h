@@ -1,0 +1,83 @@
+#pragma once
+// Cephei's HBPreferences: a named key/value store backed by one property-list file,
+// "/var/jb/var/mobile/Library/Preferences/<identifier>.plist", that other processes read and write
+// too.
+//
+// - Reads see the file as it is now: a change written by another process is seen by the next read
+//   (the parsed file is kept only while its inode, size and modification time stay the same).
+// - A write is a read-modify-write of the file under an advisory lock per domain, so two processes
+//   writing different keys lose neither, and every key the bundle does not know is kept. The file
+//   is replaced atomically (temporary file, fsync, rename, fsync of the folder).
+// - A file that cannot be parsed, whose top level is not a dictionary, or that is larger than
+//   kMaximumFileSize reads as empty. It is never destroyed silently: the first write moves it aside
+//   to "<name>.plist.corrupt-<UTC timestamp>" before writing a new file.
+// - An identifier that is not a plain file name (empty, "." or "..", containing "/") names no file:
+//   it reads as empty and every write fails.
+
+#include "platform/ObjCRuntime.h"
+#include "platform/PlistValue.h"
+
+#include <sys/types.h>
+
+#include <cstdint>
+#include <ctime>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+class HBPreferences : public NSObject {
+public:
+    /// Larger preference files are taken for damaged.
+    static constexpr std::size_t kMaximumFileSize = 8 << 20;
+
+    /// The one shared instance for an identifier in the current process.
+    static std::shared_ptr<HBPreferences> preferencesForIdentifier(std::string_view identifier);
+    /// The logical path of a domain's file.
+    static std::string pathForIdentifier(std::string_view identifier);
+    /// Whether identifier can name a domain file.
+    static bool isValidIdentifier(std::string_view identifier);
+
+    explicit HBPreferences(std::string identifier);
+
+    const std::string& identifier() const { return _identifier; }
+
+    /// The stored value, or nil when absent.
+    PlistValue objectForKey(std::string_view key);
+    /// boolValue of the stored value; NO when absent (or the given default).
+    bool boolForKey(std::string_view key);
+    bool boolForKey(std::string_view key, bool defaultValue);
+    /// integerValue of the stored value; 0 when absent (or the given default).
+    std::int64_t integerForKey(std::string_view key);
+    std::int64_t integerForKey(std::string_view key, std::int64_t defaultValue);
+    /// doubleValue of the stored value; 0 when absent (or the given default).
+    double doubleForKey(std::string_view key, double defaultValue = 0);
+    /// Every stored key and value.
+    PlistDictionary dictionaryRepresentation();
+
+    /// Stores value under key (nil removes the key). True once the file is safely on disk.
+    bool setObject(const PlistValue& value, std::string_view key);
+    bool removeObjectForKey(std::string_view key) { return setObject({}, key); }
+    /// Deletes every key: the domain's file, when there is one, is left holding an empty dictionary.
+    bool removeAllObjects();
+
+private:
+    struct Snapshot {
+        dev_t device = 0;
+        ino_t inode = 0;
+        off_t size = -1;
+        std::timespec modified{};
+        PlistDictionary values;
+    };
+
+    const PlistDictionary& current();
+    /// Reads the file afresh; nothing when it is missing, and an empty dictionary flagged corrupt
+    /// when it cannot be used.
+    std::optional<PlistDictionary> readFile(bool& corrupt) const;
+    template <class Change> bool modify(Change change);
+
+    std::string _identifier;
+    std::optional<std::filesystem::path> _file;
+    std::optional<Snapshot> _snapshot;
+};

@@ -1,0 +1,33 @@
+#pragma once
+// NSFileManager and NSData's file operations, on logical device paths (see Process). Removals are
+// recorded as {"event":"delete","path":...}; failures are answered, never thrown.
+
+#include <cstddef>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+
+class NSFileManager {
+public:
+    static NSFileManager& defaultManager();
+
+    bool fileExistsAtPath(std::string_view path) const;
+    /// Removes a file, a link or a whole folder; false when nothing was there or it could not be removed.
+    bool removeItemAtPath(std::string_view path) const;
+    /// The file's bytes, or nothing when it is missing, unreadable or larger than limit.
+    std::optional<std::string> contentsAtPath(std::string_view path, std::size_t limit = 64 << 20) const;
+    /// writeToFile:atomically:YES, creating missing folders; false on failure (nothing half written).
+    bool writeAtomically(std::string_view path, std::string_view bytes) const;
+};
+
+/// Host-path helpers shared by the platform's writers.
+namespace AtomicFile {
+
+/// Writes bytes to a temporary file beside path, flushes it to disk, renames it over path and
+/// flushes the folder, so that a crash leaves either the old or the new file, never a torn one.
+bool write(const std::filesystem::path& path, std::string_view bytes);
+/// Reads a whole file; nothing when missing, unreadable, not a regular file or larger than limit.
+std::optional<std::string> read(const std::filesystem::path& path, std::size_t limit);
+
+}  // namespace AtomicFile

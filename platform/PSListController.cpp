@@ -1,0 +1,203 @@
+#include "platform/PSListController.h"
+
+#include "platform/DarwinNotifyCenter.h"
+#include "platform/HBPreferences.h"
+#include "platform/Process.h"
+#include "platform/PropertyListSerialization.h"
+#include "platform/NSFileManager.h"
+
+#include <algorithm>
+
+NIM_REGISTER_CLASS(PSListController, UIViewController);
+
+namespace {
+
+constexpr std::size_t kMaximumDefinitionSize = 4 << 20;
+
+EventLog::Event identifiers(const SpecifierArray& specifiers)
+{
+    EventLog::Event ids = EventLog::Event::array();
+    for (auto& s : specifiers) {
+        if (s->identifier().empty())
+            ids.push_back(nullptr);
+        else
+            ids.push_back(s->identifier());
+    }
+    return ids;
+}
+
+// A definition item as a specifier. Class names in "cellClass" and "detail" become class objects,
+// or nothing when no loaded image defines them.
+std::shared_ptr<PSSpecifier> specifierFromItem(const PlistDictionary& item, const std::shared_ptr<NSObject>& target)
+{
+    auto cell = item.find("cell");
+    auto label = item.find("label");
+    auto specifier = std::make_shared<PSSpecifier>(label == item.end() ? std::string() : label->second.stringValue(),
+                                                   PSCellTypeFromString(cell == item.end() ? "" : cell->second.stringValue()));
+    specifier->setTarget(target);
+    for (auto& [key, value] : item) {
+        if ((key == "cellClass" || key == "detail") && value.isString()) {
+            specifier->setProperty(PlistValue(NSClassFromString(value.stringValue())), key);
+            if (key == "detail")
+                specifier->setDetailClassName(value.stringValue());
+        } else
+            specifier->setProperty(value, key);
+    }
+    return specifier;
+}
+
+}  // namespace
+
+SpecifierArray& PSListController::specifiers()
+{
+    if (!_specifiers)
+        _specifiers = std::make_shared<SpecifierArray>();
+    return *_specifiers;
+}
+
+void PSListController::setSpecifiers(SpecifierArray specifiers)
+{
+    _specifiers = std::make_shared<SpecifierArray>(std::move(specifiers));
+}
+
+SpecifierArray PSListController::loadSpecifiersFromPlistName(std::string_view name, const std::shared_ptr<NSObject>& target)
+{
+    Process& process = Process::current();
+    std::string file = std::string(name) + ".plist";
+    auto path = process.resourcesDirectory() / file;
+    std::error_code ec;
+    if (name.empty() || name.find("..") != std::string_view::npos || !std::filesystem::exists(path, ec)) {
+        process.reportError("page definition \"" + file + "\" is missing");
+        return {};
+    }
+    auto bytes = AtomicFile::read(path, kMaximumDefinitionSize);
+    std::optional<PlistValue> definition;
+    if (bytes)
+        definition = PropertyListSerialization::propertyListWithData(*bytes);
+    if (!definition || definition->kind() != PlistValue::Kind::Dictionary) {
+        process.reportError("page definition \"" + file + "\" is not a property list dictionary");
+        return {};
+    }
+    const PlistValue& items = (*definition)["items"];
+    if (items.kind() != PlistValue::Kind::Array) {
+        process.reportError("page definition \"" + file + "\" has no \"items\" array");
+        return {};
+    }
+    SpecifierArray specifiers;
+    for (std::size_t i = 0; i < items.arrayValue().size(); ++i) {
+        const PlistValue& item = items.arrayValue()[i];
+        if (item.kind() != PlistValue::Kind::Dictionary) {
+            process.reportError("page definition \"" + file + "\": item " + std::to_string(i) + " is not a dictionary");
+            return {};
+        }
+        specifiers.push_back(specifierFromItem(item.dictionaryValue(), target));
+    }
+    if (target.get() == this && (*definition)["title"].isString())
+        navigationItem().title = (*definition)["title"].stringValue();
+    return specifiers;
+}
+
+bool PSListController::containsSpecifier(const std::shared_ptr<PSSpecifier>& specifier) const
+{
+    if (!specifier || !_specifiers)
+        return false;
+    return std::find(_specifiers->begin(), _specifiers->end(), specifier) != _specifiers->end();
+}
+
+std::shared_ptr<PSSpecifier> PSListController::specifierForID(std::string_view identifier) const
+{
+    if (!_specifiers)
+        return nullptr;
+    for (auto& s : *_specifiers)
+        if (s->identifier() == identifier)
+            return s;
+    return nullptr;
+}
+
+void PSListController::insertContiguousSpecifiers(const SpecifierArray& specifiers, std::string_view afterSpecifierID,
+                                                  bool animated)
+{
+    if (!_specifiers || specifiers.empty())
+        return;
+    auto anchor = std::find_if(_specifiers->begin(), _specifiers->end(),
+                               [&](auto& s) { return s->identifier() == afterSpecifierID; });
+    if (anchor == _specifiers->end())
+        return;
+    _specifiers->insert(anchor + 1, specifiers.begin(), specifiers.end());
+    Process::current().events().record({{"event", "insert"},
+                                        {"ids", identifiers(specifiers)},
+                                        {"after", std::string(afterSpecifierID)},
+                                        {"animated", animated}});
+}
+
+void PSListController::removeContiguousSpecifiers(const SpecifierArray& specifiers, bool animated)
+{
+    if (!_specifiers)
+        return;
+    SpecifierArray removed;
+    for (auto& specifier : specifiers) {
+        auto it = std::find(_specifiers->begin(), _specifiers->end(), specifier);
+        if (it == _specifiers->end())
+            continue;
+        _specifiers->erase(it);
+        removed.push_back(specifier);
+    }
+    if (!removed.empty())
+        Process::current().events().record({{"event", "remove"}, {"ids", identifiers(removed)}, {"animated", animated}});
+}
+
+void PSListController::reloadSpecifiers()
+{
+    _specifiers.reset();
+    specifiers();
+    Process::current().events().record({{"event", "reload"}});
+}
+
+void PSListController::reloadSpecifier(const std::shared_ptr<PSSpecifier>& specifier)
+{
+    if (!containsSpecifier(specifier))
+        return;
+    Process::current().events().record({{"event", "reloadRow"}, {"id", specifier->identifier()}});
+}
+
+void PSListController::setPreferenceValue(const PlistValue& value, const std::shared_ptr<PSSpecifier>& specifier)
+{
+    if (!specifier)
+        return;
+    const std::string& domain = specifier->propertyForKey("defaults").stringValue();
+    const std::string& key = specifier->key();
+    if (domain.empty() || key.empty())
+        return;
+    if (!HBPreferences::preferencesForIdentifier(domain)->setObject(value, key))
+        return;
+    const PlistValue& notification = specifier->propertyForKey("PostNotification");
+    if (notification.isString() && !notification.stringValue().empty())
+        CFNotificationCenterGetDarwinNotifyCenter().postNotification(notification.stringValue());
+}
+
+PlistValue PSListController::readPreferenceValue(const std::shared_ptr<PSSpecifier>& specifier)
+{
+    if (!specifier)
+        return {};
+    const std::string& domain = specifier->propertyForKey("defaults").stringValue();
+    const std::string& key = specifier->key();
+    if (!domain.empty() && !key.empty()) {
+        PlistValue stored = HBPreferences::preferencesForIdentifier(domain)->objectForKey(key);
+        if (!stored.isNil())
+            return stored;
+    }
+    return specifier->propertyForKey("default");
+}
+
+std::shared_ptr<UIScrollView> PSListController::table()
+{
+    view();
+    return _table;
+}
+
+void PSListController::loadView()
+{
+    UIViewController::loadView();
+    _table = std::make_shared<UIScrollView>("table", _view->bounds());
+    _view->addSubview(_table);
+}

@@ -1,0 +1,62 @@
+#pragma once
+// Preferences.framework's PSListController: a page showing an ordered list of specifiers in a
+// table. The list is made the first time `specifiers` is asked for and kept until the page goes.
+//
+// Table changes are recorded as {"event":"insert","ids":[...],"after":ID,"animated":B},
+// {"event":"remove","ids":[...],"animated":B} (only rows that were really shown) and
+// {"event":"reload"}.
+
+#include "platform/PSSpecifier.h"
+#include "platform/UIViewController.h"
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+class PSListController : public UIViewController {
+public:
+    /// The page's current list. The base answers the list as it is (empty until something loads
+    /// it); pages override it to load their definition on first use.
+    virtual SpecifierArray& specifiers();
+    /// Whether the list exists (the platform's _specifiers is not nil).
+    bool specifiersLoaded() const { return _specifiers != nullptr; }
+    /// Replaces the list (setSpecifiers:).
+    void setSpecifiers(SpecifierArray specifiers);
+
+    /// Loads the page definition "<name>.plist" from the bundle's resources: its rows, in order,
+    /// with target as their target, and its "title" as this page's title. A definition that is
+    /// missing or malformed yields no rows and is reported (Process::reportError) naming the file.
+    SpecifierArray loadSpecifiersFromPlistName(std::string_view name, const std::shared_ptr<NSObject>& target);
+
+    /// Whether that very specifier object is shown (identity, not equal ids).
+    bool containsSpecifier(const std::shared_ptr<PSSpecifier>& specifier) const;
+    /// The shown row whose "id" is identifier, or nullptr.
+    std::shared_ptr<PSSpecifier> specifierForID(std::string_view identifier) const;
+    /// Inserts the array, in order, directly after the shown row whose "id" is the anchor; does
+    /// nothing when no shown row has that id. Does not remove duplicates.
+    void insertContiguousSpecifiers(const SpecifierArray& specifiers, std::string_view afterSpecifierID, bool animated);
+    /// Removes those specifier objects from the list; rows not shown are ignored.
+    void removeContiguousSpecifiers(const SpecifierArray& specifiers, bool animated);
+    /// Discards the list, asks `specifiers` again and redraws every row.
+    virtual void reloadSpecifiers();
+    /// Redraws one row ({"event":"reloadRow","id":...}).
+    void reloadSpecifier(const std::shared_ptr<PSSpecifier>& specifier);
+
+    /// The value hook: stores value under the row's "key" in its "defaults" domain, then, once it
+    /// is on disk, posts the row's "PostNotification" (if any). Rows without both do nothing.
+    virtual void setPreferenceValue(const PlistValue& value, const std::shared_ptr<PSSpecifier>& specifier);
+    /// The row's stored value, or its "default" when nothing is stored.
+    virtual PlistValue readPreferenceValue(const std::shared_ptr<PSSpecifier>& specifier);
+
+    /// The scrolling table: the first subview of the page's view.
+    std::shared_ptr<UIScrollView> table();
+    void loadView() override;
+    /// Called by the table's scroll view when the user scrolls.
+    virtual void scrollViewDidScroll(UIScrollView& scrollView) { (void)scrollView; }
+
+protected:
+    std::shared_ptr<SpecifierArray> _specifiers;
+
+private:
+    std::shared_ptr<UIScrollView> _table;
+};

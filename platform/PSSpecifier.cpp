@@ -1,0 +1,97 @@
+#include "platform/PSSpecifier.h"
+
+#include <array>
+#include <utility>
+
+NIM_REGISTER_CLASS(PSSpecifier, NSObject);
+
+namespace {
+
+constexpr std::array<std::pair<std::string_view, PSCellType>, 16> cellNames{{
+    {"PSGroupCell", PSCellType::Group},
+    {"PSLinkCell", PSCellType::Link},
+    {"PSLinkListCell", PSCellType::LinkList},
+    {"PSListItemCell", PSCellType::ListItem},
+    {"PSTitleValueCell", PSCellType::TitleValue},
+    {"PSSliderCell", PSCellType::Slider},
+    {"PSSwitchCell", PSCellType::Switch},
+    {"PSStaticTextCell", PSCellType::StaticText},
+    {"PSEditTextCell", PSCellType::EditText},
+    {"PSSegmentCell", PSCellType::Segment},
+    {"PSGiantIconCell", PSCellType::GiantIcon},
+    {"PSGiantCell", PSCellType::Giant},
+    {"PSSecureEditTextCell", PSCellType::SecureEditText},
+    {"PSButtonCell", PSCellType::Button},
+    {"PSEditTextViewCell", PSCellType::EditTextView},
+    {"PSSpinnerCell", PSCellType::Spinner},
+}};
+
+}  // namespace
+
+PSCellType PSCellTypeFromString(std::string_view name)
+{
+    for (auto& [text, type] : cellNames)
+        if (text == name)
+            return type;
+    return PSCellType::StaticText;
+}
+
+bool PSCellTypeIsKnown(std::string_view name)
+{
+    for (auto& entry : cellNames)
+        if (entry.first == name)
+            return true;
+    return false;
+}
+
+std::string_view PSCellTypeName(PSCellType type)
+{
+    for (auto& [text, t] : cellNames)
+        if (t == type)
+            return text;
+    return "PSStaticTextCell";
+}
+
+PSSpecifier::PSSpecifier(std::string name, PSCellType cellType)
+    : _name(std::move(name))
+    , _cellType(cellType)
+{
+}
+
+std::shared_ptr<PSSpecifier> PSSpecifier::preferenceSpecifierNamed(std::string name, std::weak_ptr<NSObject> target,
+                                                                   const ObjCClass* detail, PSCellType cell)
+{
+    auto specifier = std::make_shared<PSSpecifier>(std::move(name), cell);
+    specifier->setTarget(std::move(target));
+    specifier->setProperty(PlistValue(detail), "detail");
+    return specifier;
+}
+
+std::shared_ptr<PSSpecifier> PSSpecifier::groupSpecifierWithName(std::string name)
+{
+    auto specifier = std::make_shared<PSSpecifier>(name, PSCellType::Group);
+    specifier->setProperty(PlistValue("PSGroupCell"), "cell");
+    if (!name.empty())
+        specifier->setProperty(PlistValue(name), "label");
+    return specifier;
+}
+
+const PlistValue& PSSpecifier::propertyForKey(std::string_view key) const
+{
+    auto it = _properties.find(key);
+    return it == _properties.end() ? PlistValue::nil() : it->second;
+}
+
+void PSSpecifier::setProperty(PlistValue value, std::string_view key)
+{
+    if (value.isNil())
+        _properties.erase(std::string(key));
+    else
+        _properties[std::string(key)] = std::move(value);
+}
+
+bool PSSpecifier::isEnabled() const
+{
+    const PlistValue& enabled = propertyForKey("enabled");
+    return enabled.isNil() || enabled.boolValue();
+}

@@ -1,0 +1,100 @@
+#pragma once
+// One value type for everything a property list, a specifier property or a preference can hold:
+// nil, boolean, integer, real, string, data, date, array, dictionary and class object.
+// Arrays and dictionaries are immutable and shared, as NSArray and NSDictionary are; build a new one
+// to change them. Readings (`boolValue`, `integerValue`, `doubleValue`) follow Foundation's rules for
+// NSNumber and NSString, and read nil and other kinds as NO / 0.
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+struct ObjCClass;
+class PlistValue;
+
+using PlistArray = std::vector<PlistValue>;
+using PlistDictionary = std::map<std::string, PlistValue, std::less<>>;
+
+/// Raw bytes of a <data> value.
+struct PlistData {
+    std::vector<std::uint8_t> bytes;
+    bool operator==(const PlistData&) const = default;
+};
+
+/// A <date> value: seconds since 2001-01-01 00:00:00 UTC (the reference date of NSDate).
+struct PlistDate {
+    double secondsSinceReferenceDate = 0;
+    bool operator==(const PlistDate&) const = default;
+};
+
+class PlistValue {
+public:
+    enum class Kind { Nil, Boolean, Integer, Real, String, Data, Date, Array, Dictionary, Class };
+
+    PlistValue() = default;
+    PlistValue(std::nullptr_t) {}
+    PlistValue(bool value) : _storage(value) {}
+    PlistValue(int value) : _storage(std::int64_t{value}) {}
+    PlistValue(long value) : _storage(std::int64_t{value}) {}
+    PlistValue(long long value) : _storage(std::int64_t{value}) {}
+    PlistValue(double value) : _storage(value) {}
+    PlistValue(const char* value) : _storage(std::string(value)) {}
+    PlistValue(std::string value) : _storage(std::move(value)) {}
+    PlistValue(std::string_view value) : _storage(std::string(value)) {}
+    PlistValue(PlistData value) : _storage(std::move(value)) {}
+    PlistValue(PlistDate value) : _storage(value) {}
+    PlistValue(PlistArray value);
+    PlistValue(PlistDictionary value);
+    /// A class object; a null class is nil.
+    PlistValue(const ObjCClass* cls);
+
+    Kind kind() const { return static_cast<Kind>(_storage.index()); }
+    bool isNil() const { return kind() == Kind::Nil; }
+    explicit operator bool() const = delete;  // say isNil() or boolValue()
+
+    /// NSNumber: non-zero is YES. NSString: YES when, after leading white space, an optional sign
+    /// and leading zeroes, the first character is one of Y, y, T, t or a digit 1-9. Anything else: NO.
+    bool boolValue() const;
+    /// NSNumber: reals are truncated toward zero (2.9 -> 2), booleans are 0 / 1. NSString: the
+    /// decimal integer at the start after white space ("3" -> 3, "3.9" -> 3, "x" -> 0), clamped
+    /// to the 64-bit range. Anything else: 0.
+    std::int64_t integerValue() const;
+    /// NSNumber as a real; NSString as the real number at its start (0 when there is none).
+    double doubleValue() const;
+
+    /// The string, or "" for any other kind (no description is made up).
+    const std::string& stringValue() const;
+
+    bool isBoolean() const { return kind() == Kind::Boolean; }
+    bool isNumber() const { return kind() == Kind::Boolean || kind() == Kind::Integer || kind() == Kind::Real; }
+    bool isString() const { return kind() == Kind::String; }
+
+    /// Typed access; each returns an empty value (or nullptr) when the kind differs.
+    const PlistArray& arrayValue() const;
+    const PlistDictionary& dictionaryValue() const;
+    const PlistData* dataValue() const { return std::get_if<PlistData>(&_storage); }
+    const PlistDate* dateValue() const { return std::get_if<PlistDate>(&_storage); }
+    const ObjCClass* classValue() const;
+
+    /// A dictionary's value for key, or nil (also for other kinds).
+    const PlistValue& operator[](std::string_view key) const;
+
+    /// isEqual: numbers compare by value across booleans, integers and reals; the rest by kind and content.
+    bool operator==(const PlistValue& other) const;
+
+    static const PlistValue& nil();
+
+private:
+    std::variant<std::monostate, bool, std::int64_t, double, std::string, PlistData, PlistDate,
+                 std::shared_ptr<const PlistArray>, std::shared_ptr<const PlistDictionary>, const ObjCClass*>
+        _storage;
+};
+
+/// NSString's boolValue on a string.
+bool NSStringBoolValue(std::string_view text);
+/// NSString's integerValue on a string.
+std::int64_t NSStringIntegerValue(std::string_view text);

@@ -1,0 +1,119 @@
+#include "TestSupport.h"
+
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+
+namespace fs = std::filesystem;
+
+namespace test {
+
+TempDir::TempDir()
+{
+    std::string pattern = (fs::temp_directory_path() / "nimbra-test-XXXXXX").string();
+    if (!::mkdtemp(pattern.data()))
+        throw std::runtime_error("mkdtemp failed");
+    _path = pattern;
+}
+
+TempDir::~TempDir()
+{
+    std::error_code ec;
+    fs::remove_all(_path, ec);
+}
+
+void writeFile(const fs::path& path, const std::string& text)
+{
+    fs::create_directories(path.parent_path());
+    std::ofstream(path, std::ios::binary) << text;
+}
+
+std::string readFile(const fs::path& path)
+{
+    std::ifstream in(path, std::ios::binary);
+    std::stringstream buffer;
+    buffer << in.rdbuf();
+    return buffer.str();
+}
+
+fs::path under(const fs::path& root, const std::string& logical)
+{
+    const std::string prefix = "/var/jb/";
+    if (logical.rfind(prefix, 0) == 0)
+        return root / logical.substr(prefix.size());
+    return root / ".rootfs" / logical.substr(1);
+}
+
+SessionOnFreshRoot::SessionOnFreshRoot(Session::Options options)
+{
+    options.root = root.path();
+    if (options.resources.empty())
+        options.resources = NIMBRA_RESOURCES_DIR;
+    session = std::make_unique<Session>(options);
+}
+
+std::vector<nlohmann::ordered_json> SessionOnFreshRoot::events()
+{
+    session->commit();
+    std::vector<nlohmann::ordered_json> all;
+    auto drained = session->events();
+    for (auto& event : drained["events"])
+        all.push_back(event);
+    return all;
+}
+
+std::vector<nlohmann::ordered_json> SessionOnFreshRoot::events(const std::string& kind)
+{
+    std::vector<nlohmann::ordered_json> matching;
+    for (auto& event : events())
+        if (event["event"] == kind)
+            matching.push_back(event);
+    return matching;
+}
+
+std::vector<std::string> SessionOnFreshRoot::shownIds()
+{
+    return session->show()["ids"].get<std::vector<std::string>>();
+}
+
+ScriptRun runScript(const std::vector<std::string>& arguments, const std::string& script)
+{
+    TempDir io;
+    fs::path input = io / "in.nps", output = io / "out", errors = io / "err";
+    writeFile(input, script);
+    pid_t pid = ::fork();
+    if (pid == 0) {
+        int in = ::open(input.c_str(), O_RDONLY);
+        int out = ::open(output.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+        int err = ::open(errors.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+        ::dup2(in, 0);
+        ::dup2(out, 1);
+        ::dup2(err, 2);
+        std::vector<std::string> args{NIMBRA_PREFS_EXE};
+        args.insert(args.end(), arguments.begin(), arguments.end());
+        args.push_back("script");
+        std::vector<char*> argv;
+        for (auto& a : args)
+            argv.push_back(a.data());
+        argv.push_back(nullptr);
+        ::execv(argv[0], argv.data());
+        ::_exit(127);
+    }
+    int status = 0;
+    ::waitpid(pid, &status, 0);
+    ScriptRun run;
+    run.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    std::istringstream lines(readFile(output));
+    for (std::string line; std::getline(lines, line);)
+        run.lines.push_back(nlohmann::json::parse(line));
+    run.errors = readFile(errors);
+    return run;
+}
+
+}  // namespace test

@@ -1,0 +1,60 @@
+#pragma once
+// Helpers shared by the tests: throw-away installation roots, in-process sessions and runs of the
+// real `nimbra-prefs` program.
+
+#include "host/Session.h"
+
+#include <nlohmann/json.hpp>
+
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace test {
+
+/// A fresh directory removed again at the end of the test.
+class TempDir {
+public:
+    TempDir();
+    ~TempDir();
+    TempDir(const TempDir&) = delete;
+    TempDir& operator=(const TempDir&) = delete;
+    const std::filesystem::path& path() const { return _path; }
+    std::filesystem::path operator/(const std::string& name) const { return _path / name; }
+
+private:
+    std::filesystem::path _path;
+};
+
+/// Writes text to a host path, making its folders.
+void writeFile(const std::filesystem::path& path, const std::string& text);
+std::string readFile(const std::filesystem::path& path);
+
+/// The host path of a logical path under a root ("/var/jb/x" -> root/x).
+std::filesystem::path under(const std::filesystem::path& root, const std::string& logical);
+
+/// An in-process session on a fresh root, with the bundle's resources unless others are given.
+struct SessionOnFreshRoot {
+    explicit SessionOnFreshRoot(Session::Options options = {});
+    TempDir root;
+    std::unique_ptr<Session> session;
+    Session& operator*() { return *session; }
+    Session* operator->() { return session.get(); }
+    /// The events since the last call, as JSON objects.
+    std::vector<nlohmann::ordered_json> events();
+    /// The events of one kind since the last call.
+    std::vector<nlohmann::ordered_json> events(const std::string& kind);
+    /// The ids shown on the top page.
+    std::vector<std::string> shownIds();
+};
+
+/// Runs `nimbra-prefs ARGS script` with the given script on standard input.
+struct ScriptRun {
+    int status = -1;
+    std::vector<nlohmann::json> lines;  // standard output, one JSON value per line
+    std::string errors;                 // standard error
+};
+ScriptRun runScript(const std::vector<std::string>& arguments, const std::string& script);
+
+}  // namespace test
