@@ -109,7 +109,7 @@ TEST_F(EngineTest, AFreshPageShowsOnlyTheParentsWithoutAnimation)
     ASSERT_FALSE(removals.empty());
     for (auto& removal : removals)
         EXPECT_FALSE(removal["animated"].get<bool>());
-    EXPECT_EQ(removals.front()["ids"], nlohmann::json::array({"topLevelChild1"})) << "one removal per child";
+    EXPECT_EQ(removals.front()["ids"], nlohmann::ordered_json::array({"topLevelChild1"})) << "one removal per child";
 }
 
 TEST_F(EngineTest, ASwitchInsertsItsRowsOnceAndRemovesThemAnimated)
