@@ -10,13 +10,7 @@
 Session::Session(Options options)
 {
     seedRoot(options.root);
-    _process = std::make_unique<Process>(Process::Options{
-        .root = options.root,
-        .resources = options.resources,
-        .coreFoundationVersion = options.coreFoundationVersion,
-        .mainBundleIdentifier = options.hostBundle,
-        .clock = options.clock,
-    });
+    _process = std::make_unique<Process>(std::move(options));
     _navigation = NSObject::make<UINavigationController>();
 }
 

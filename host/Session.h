@@ -22,13 +22,8 @@ class Session {
 public:
     using Json = nlohmann::ordered_json;
 
-    struct Options {
-        std::filesystem::path root;
-        std::filesystem::path resources;
-        double coreFoundationVersion = 1953.1;
-        std::string hostBundle = "com.apple.Preferences";
-        MainQueue::Clock clock = MainQueue::Clock::Virtual;
-    };
+    /// The root, resources and system facts of the session's process.
+    using Options = Process::Options;
 
     explicit Session(Options options);
     ~Session();

@@ -100,7 +100,7 @@ int script(const Arguments& arguments, const char* argv0)
         .root = resolveRoot(arguments.root),
         .resources = resolveResources(argv0),
         .coreFoundationVersion = arguments.cfVersion,
-        .hostBundle = arguments.hostBundle,
+        .mainBundleIdentifier = arguments.hostBundle,
     });
     if (arguments.rest.empty() || arguments.rest[0] == "-")
         return runScript(session, std::cin, std::cout, std::cerr);
