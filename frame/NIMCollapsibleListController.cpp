@@ -12,6 +12,13 @@ NIMCollapsibleListController::NIMCollapsibleListController(const PageDescription
 {
 }
 
+void NIMCollapsibleListController::init()
+{
+    HBListController::init();
+    for (auto& [selector, action] : _page.actions)
+        addAction(selector, [this, &action = action] { action(*this); });
+}
+
 SpecifierArray& NIMCollapsibleListController::specifiers()
 {
     if (!specifiersLoaded()) {

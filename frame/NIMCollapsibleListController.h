@@ -32,6 +32,9 @@ public:
     /// The page's definition, domain and rules.
     const PageDescription& page() const { return _page; }
 
+    /// Declares the page's action methods.
+    void init() override;
+
     SpecifierArray& specifiers() override;
     void setPreferenceValue(const PlistValue& value, const std::shared_ptr<PSSpecifier>& specifier) override;
     void reloadSpecifiers() override;

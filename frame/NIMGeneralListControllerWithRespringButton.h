@@ -21,6 +21,8 @@ public:
 
     const std::shared_ptr<UIBarButtonItem>& respringButton() const { return _respringButton; }
     bool hasPressedRespring() const { return _hasPressedRespring; }
+    /// Arms the button without showing it, so that the next `respring` restarts at once.
+    void setHasPressedRespring(bool pressed) { _hasPressedRespring = pressed; }
 
 protected:
     std::shared_ptr<UIBarButtonItem> _respringButton;

@@ -4,8 +4,15 @@
 
 #include "frame/CollapsibleGroupRule.h"
 
+#include <functional>
 #include <string>
+#include <utility>
 #include <vector>
+
+class NIMCollapsibleListController;
+
+/// An action method of a page, performed by name (a button row's "action").
+using PageAction = std::function<void(NIMCollapsibleListController& page)>;
 
 struct PageDescription {
     /// The page definition, such as "pages/Modules/BatteryLineColors".
@@ -23,6 +30,8 @@ struct PageDescription {
     /// Further domains rows of the page store into (a page that keeps a switch with another group's
     /// settings).
     std::vector<std::string> otherDomains;
+    /// The page's action methods by selector name (resets, app pickers, saveTextCell, ...).
+    std::vector<std::pair<std::string, PageAction>> actions;
 
     /// The ids captured on every `specifiers` call: `captured` when given, else every child id of
     /// the rules in table order.

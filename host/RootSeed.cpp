@@ -1,10 +1,36 @@
 #include "host/RootSeed.h"
 
 #include "platform/NSFileManager.h"
+#include "platform/PlistValue.h"
+#include "platform/PropertyListSerialization.h"
 
 #include <system_error>
+#include <utility>
 
 namespace fs = std::filesystem;
+
+namespace {
+
+// The apps every device has, as LaunchServices lists them.
+const std::pair<const char*, const char*> kStockApps[] = {
+    {"com.apple.AppStore", "App Store"},        {"com.apple.Bridge", "Watch"},
+    {"com.apple.camera", "Camera"},             {"com.apple.calculator", "Calculator"},
+    {"com.apple.mobilecal", "Calendar"},        {"com.apple.mobiletimer", "Clock"},
+    {"com.apple.MobileAddressBook", "Contacts"}, {"com.apple.facetime", "FaceTime"},
+    {"com.apple.DocumentsApp", "Files"},        {"com.apple.findmy", "Find My"},
+    {"com.apple.Health", "Health"},             {"com.apple.Home", "Home"},
+    {"com.apple.mobilemail", "Mail"},           {"com.apple.Maps", "Maps"},
+    {"com.apple.MobileSMS", "Messages"},        {"com.apple.Music", "Music"},
+    {"com.apple.mobilenotes", "Notes"},         {"com.apple.mobilephone", "Phone"},
+    {"com.apple.mobileslideshow", "Photos"},    {"com.apple.podcasts", "Podcasts"},
+    {"com.apple.reminders", "Reminders"},       {"com.apple.mobilesafari", "Safari"},
+    {"com.apple.Preferences", "Settings"},      {"com.apple.shortcuts", "Shortcuts"},
+    {"com.apple.stocks", "Stocks"},             {"com.apple.tips", "Tips"},
+    {"com.apple.tv", "TV"},                     {"com.apple.VoiceMemos", "Voice Memos"},
+    {"com.apple.Passbook", "Wallet"},           {"com.apple.weather", "Weather"},
+};
+
+}  // namespace
 
 void seedRoot(const fs::path& root)
 {
@@ -13,9 +39,16 @@ void seedRoot(const fs::path& root)
     if (fs::exists(marker, ec))
         return;
     fs::create_directories(root, ec);
+    fs::path system = root / ".rootfs";
     // The system volume's frameworks (stand-ins: the platform layer defines their symbols).
     for (const char* framework : {"System/Library/PrivateFrameworks/BackBoardServices.framework/BackBoardServices",
                                   "System/Library/PrivateFrameworks/ControlCenterServices.framework/ControlCenterServices"})
-        AtomicFile::write(root / ".rootfs" / framework, "Mach-O stand-in\n");
+        AtomicFile::write(system / framework, "Mach-O stand-in\n");
+    // The installed apps the app pickers list.
+    PlistArray apps;
+    for (auto& [identifier, name] : kStockApps)
+        apps.push_back(PlistValue(PlistDictionary{{"CFBundleIdentifier", PlistValue(identifier)}, {"CFBundleDisplayName", PlistValue(name)}}));
+    AtomicFile::write(system / "var/mobile/Library/MobileInstallation/InstalledApplications.plist",
+                      PropertyListSerialization::dataWithPropertyList(PlistValue(std::move(apps)), PropertyListSerialization::Format::XML));
     AtomicFile::write(marker, "");
 }

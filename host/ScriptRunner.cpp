@@ -140,6 +140,24 @@ void runScriptLine(Session& session, std::string_view line, std::ostream& out)
     } else if (command == "back") {
         requireEnd(rest);
         session.back();
+    } else if (command == "pick") {
+        std::vector<std::string> identifiers;
+        for (std::string_view word = nextWord(rest); !word.empty(); word = nextWord(rest))
+            identifiers.emplace_back(word);
+        session.pick(identifiers);
+    } else if (command == "image") {
+        if (trim(rest).empty())
+            throw CommandError("missing image path");
+        session.image(unquoted(trim(rest)));
+    } else if (command == "cancel") {
+        requireEnd(rest);
+        session.cancel();
+    } else if (command == "scroll") {
+        PlistValue y = parseScriptValue(requireWord(rest, "offset"));
+        requireEnd(rest);
+        if (!y.isNumber() || y.isBoolean())
+            throw CommandError("scroll takes a vertical offset in points");
+        session.scroll(y.doubleValue());
     } else if (command == "show") {
         requireEnd(rest);
         out << jsonLine(session.show()) << '\n';

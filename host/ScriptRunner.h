@@ -4,7 +4,8 @@
 // that cannot be carried out prints {"error": MESSAGE, "line": N} and ends the run with status 1.
 //
 //   open CLASS | set KEY VALUE | write DOMAIN KEY VALUE | tap ID | call NAME | alert TITLE
-//   wait SECONDS | reload | back | show | rows | events | file PATH
+//   wait SECONDS | reload | back | pick BUNDLEID... | image PATH | cancel | scroll Y
+//   show | rows | events | file PATH
 //
 // VALUE is true, false, an integer, a real (with a '.'), or a string in double quotes; inside it
 // a backslash escapes a quote, a backslash, n (new line) or t (tab).

@@ -4,6 +4,9 @@
 #include "host/JsonValue.h"
 #include "host/RootSeed.h"
 #include "platform/HBPreferences.h"
+#include "platform/HBSupportController.h"
+#include "platform/SparkAppListTableViewController.h"
+#include "platform/UIImagePickerController.h"
 #include "platform/NSFileManager.h"
 #include "platform/PropertyListSerialization.h"
 
@@ -45,10 +48,6 @@ std::shared_ptr<PSSpecifier> Session::shownRow(const std::string& property, cons
 void Session::present(const std::shared_ptr<UIViewController>& controller)
 {
     _navigation->pushViewController(controller, true);
-    if (auto page = std::dynamic_pointer_cast<PSListController>(controller))
-        page->specifiers();
-    controller->viewDidLoad();
-    controller->viewWillAppear(true);
 }
 
 void Session::open(const std::string& className)
@@ -143,6 +142,55 @@ void Session::back()
     if (_navigation->viewControllers().size() < 2)
         throw CommandError("there is no page to go back to");
     _navigation->popViewControllerAnimated(true);
+}
+
+void Session::pick(const std::vector<std::string>& bundleIdentifiers)
+{
+    auto picker = std::dynamic_pointer_cast<SparkAppListTableViewController>(_navigation->topViewController());
+    if (!picker)
+        throw CommandError("no app picker is shown");
+    if (bundleIdentifiers.empty())
+        throw CommandError("missing bundle identifier");
+    for (auto& identifier : bundleIdentifiers)
+        if (!picker->toggleApplication(identifier))
+            throw CommandError("no installed app has the bundle identifier \"" + identifier + "\"");
+}
+
+void Session::image(const std::filesystem::path& path)
+{
+    auto picker = std::dynamic_pointer_cast<UIImagePickerController>(requireTopPage()->presentedViewController());
+    if (!picker)
+        throw CommandError("no image picker is shown");
+    auto picked = UIImage::imageWithContentsOfFile(path);
+    if (!picked)
+        throw CommandError("\"" + path.string() + "\" is not an image file");
+    picker->pick(std::move(picked));
+}
+
+void Session::cancel()
+{
+    auto presented = requireTopPage()->presentedViewController();
+    if (auto picker = std::dynamic_pointer_cast<UIImagePickerController>(presented)) {
+        picker->cancel();
+        return;
+    }
+    if (auto composer = std::dynamic_pointer_cast<MFMailComposeViewController>(presented)) {
+        composer->finish(MFMailComposeViewControllerDelegate::Result::Cancelled);
+        return;
+    }
+    if (std::dynamic_pointer_cast<SparkAppListTableViewController>(_navigation->topViewController())) {
+        _navigation->popViewControllerAnimated(true);
+        return;
+    }
+    throw CommandError("no picker is shown");
+}
+
+void Session::scroll(double y)
+{
+    auto page = requireTopPage();
+    auto table = page->table();
+    table->setContentOffsetY(y);
+    page->scrollViewDidScroll(*table);
 }
 
 Session::Json Session::show() const

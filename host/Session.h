@@ -12,6 +12,7 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 class CommandError : public std::runtime_error {
 public:
@@ -42,6 +43,14 @@ public:
     void wait(double seconds);
     void reload();
     void back();
+    /// In the app picker on top, flips those apps.
+    void pick(const std::vector<std::string>& bundleIdentifiers);
+    /// Answers the image picker being shown with an image file of this machine.
+    void image(const std::filesystem::path& path);
+    /// Cancels the picker being shown (image picker, mail composer, or an app picker on top).
+    void cancel();
+    /// The top page's table reports the vertical offset y.
+    void scroll(double y);
 
     // What the screen and the disk show.
     Json show() const;

@@ -14,8 +14,6 @@ ObjCClass cellClass(std::string name, std::string image)
 }
 
 const bool registered [[maybe_unused]] = [] {
-    ObjCRuntime::registerClass(cellClass<PSTableCell>("PSTableCell", ""));
-    ObjCRuntime::registerClass(cellClass<PSSwitchTableCell>("PSSwitchTableCell", ""));
     ObjCRuntime::registerClass(cellClass<PSTableCell>("HBLinkTableCell", ""));
     ObjCRuntime::registerClass(cellClass<PSTableCell>("HBColorPickerTableCell", "/var/jb/usr/lib/libcolorpicker.dylib"));
     ObjCRuntime::registerClass(cellClass<PSTableCell>("SparkColourPickerCell", "/var/jb/usr/lib/libsparkcolourpicker.dylib"));

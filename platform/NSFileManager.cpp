@@ -6,6 +6,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <system_error>
 
@@ -114,4 +115,35 @@ bool NSFileManager::writeAtomically(std::string_view path, std::string_view byte
 {
     auto host = Process::current().hostPath(path);
     return host && AtomicFile::write(*host, bytes);
+}
+
+namespace {
+
+void walk(const fs::path& folder, const std::string& prefix, std::vector<std::string>& found, int depth)
+{
+    if (depth > 64)
+        return;
+    std::error_code ec;
+    std::vector<fs::directory_entry> entries;
+    for (fs::directory_iterator it(folder, ec), end; !ec && it != end; it.increment(ec))
+        entries.push_back(*it);
+    std::sort(entries.begin(), entries.end(), [](auto& a, auto& b) { return a.path().filename() < b.path().filename(); });
+    for (auto& entry : entries) {
+        std::string relative = prefix + entry.path().filename().string();
+        found.push_back(relative);
+        if (entry.is_directory(ec) && !entry.is_symlink(ec))
+            walk(entry.path(), relative + "/", found, depth + 1);
+    }
+}
+
+}  // namespace
+
+std::vector<std::string> NSFileManager::enumeratorAtPath(std::string_view path) const
+{
+    std::vector<std::string> found;
+    auto host = Process::current().hostPath(path);
+    std::error_code ec;
+    if (host && fs::is_directory(fs::symlink_status(*host, ec)))
+        walk(*host, "", found, 0);
+    return found;
 }

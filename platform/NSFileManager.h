@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 class NSFileManager {
 public:
@@ -19,6 +20,10 @@ public:
     std::optional<std::string> contentsAtPath(std::string_view path, std::size_t limit = 64 << 20) const;
     /// writeToFile:atomically:YES, creating missing folders; false on failure (nothing half written).
     bool writeAtomically(std::string_view path, std::string_view bytes) const;
+    /// enumeratorAtPath: every item below a folder, as paths relative to it, each folder before its
+    /// contents (in name order, for a repeatable walk). Links are listed, never followed; folders
+    /// that cannot be read are skipped.
+    std::vector<std::string> enumeratorAtPath(std::string_view path) const;
 };
 
 /// Host-path helpers shared by the platform's writers.

@@ -128,6 +128,7 @@ void PSListController::insertContiguousSpecifiers(const SpecifierArray& specifie
                                         {"ids", identifiers(specifiers)},
                                         {"after", std::string(afterSpecifierID)},
                                         {"animated", animated}});
+    displayRows();
 }
 
 void PSListController::removeContiguousSpecifiers(const SpecifierArray& specifiers, bool animated)
@@ -149,8 +150,11 @@ void PSListController::removeContiguousSpecifiers(const SpecifierArray& specifie
 void PSListController::reloadSpecifiers()
 {
     _specifiers.reset();
+    _cells.clear();
+    _headers.clear();
     specifiers();
     Process::current().events().record({{"event", "reload"}});
+    displayRows();
 }
 
 void PSListController::reloadSpecifier(const std::shared_ptr<PSSpecifier>& specifier)
@@ -200,4 +204,58 @@ void PSListController::loadView()
     UIViewController::loadView();
     _table = std::make_shared<UIScrollView>("table", _view->bounds());
     _view->addSubview(_table);
+    specifiers();
+    displayRows();
+}
+
+std::shared_ptr<PSTableCell> PSListController::cellForSpecifier(const std::shared_ptr<PSSpecifier>& specifier)
+{
+    if (!containsSpecifier(specifier))
+        return nullptr;
+    for (auto& [row, cell] : _cells)
+        if (row == specifier)
+            return cell;
+    std::shared_ptr<PSTableCell> cell;
+    if (const ObjCClass* cls = specifier->cellClass(); cls && cls->make)
+        cell = std::dynamic_pointer_cast<PSTableCell>(cls->make());
+    if (!cell)
+        cell = specifier->cellType() == PSCellType::Switch ? NSObject::make<PSSwitchTableCell>() : NSObject::make<PSTableCell>();
+    _cells.emplace_back(specifier, cell);
+    cell->initWithSpecifier(specifier, 0);
+    if (_table) {
+        const PlistValue& height = specifier->propertyForKey("height");
+        cell->setFrame(CGRect{0, 0, _table->bounds().width, height.isNumber() ? height.doubleValue() : 44.0});
+        _table->addSubview(cell);
+        cell->didMoveToWindow();
+        cell->layoutSubviews();
+    }
+    return cell;
+}
+
+std::shared_ptr<UIView> PSListController::headerViewForSpecifier(const std::shared_ptr<PSSpecifier>& specifier)
+{
+    for (auto& [row, header] : _headers)
+        if (row == specifier)
+            return header;
+    return nullptr;
+}
+
+void PSListController::displayRows()
+{
+    if (!_table || !_specifiers)
+        return;
+    SpecifierArray shown = *_specifiers;
+    for (auto& specifier : shown) {
+        cellForSpecifier(specifier);
+        const ObjCClass* headerClass = NSClassFromString(specifier->propertyForKey("headerCellClass").stringValue());
+        if (specifier->cellType() != PSCellType::Group || !headerClass || !headerClass->make || headerViewForSpecifier(specifier))
+            continue;
+        if (auto header = std::dynamic_pointer_cast<PSHeaderView>(headerClass->make())) {
+            header->initWithSpecifier(specifier);
+            double width = _table->bounds().width;
+            header->setFrame(CGRect{0, 0, width, header->preferredHeightForWidth(width)});
+            _table->addSubview(header);
+            _headers.emplace_back(specifier, header);
+        }
+    }
 }

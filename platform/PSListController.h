@@ -7,6 +7,7 @@
 // {"event":"reload"}.
 
 #include "platform/PSSpecifier.h"
+#include "platform/PSTableCell.h"
 #include "platform/UIViewController.h"
 
 #include <memory>
@@ -50,7 +51,13 @@ public:
 
     /// The scrolling table: the first subview of the page's view.
     std::shared_ptr<UIScrollView> table();
+    /// Makes the view and its table, and loads the rows (the table asks for them).
     void loadView() override;
+    /// The cell the table shows for a row (made, and moved to the window, the first time the row
+    /// is shown), or nullptr for a row that is not shown.
+    std::shared_ptr<PSTableCell> cellForSpecifier(const std::shared_ptr<PSSpecifier>& specifier);
+    /// The header view the table shows above a group row that names a "headerCellClass".
+    std::shared_ptr<UIView> headerViewForSpecifier(const std::shared_ptr<PSSpecifier>& specifier);
     /// Called by the table's scroll view when the user scrolls.
     virtual void scrollViewDidScroll(UIScrollView& scrollView) { (void)scrollView; }
 
@@ -58,5 +65,10 @@ protected:
     std::shared_ptr<SpecifierArray> _specifiers;
 
 private:
+    /// Makes the cells (and header views) of every shown row that has none yet.
+    void displayRows();
+
     std::shared_ptr<UIScrollView> _table;
+    std::vector<std::pair<std::shared_ptr<PSSpecifier>, std::shared_ptr<PSTableCell>>> _cells;
+    std::vector<std::pair<std::shared_ptr<PSSpecifier>, std::shared_ptr<UIView>>> _headers;
 };

@@ -89,6 +89,47 @@ private:
     UIBlurEffectStyle _style;
 };
 
+/// A label: its text and font.
+class UILabel : public UIView {
+public:
+    explicit UILabel(std::string text = {})
+        : UIView("label")
+        , text(std::move(text))
+    {
+    }
+    std::string text;
+    double fontSize = 17;
+    bool bold = false;
+    UIColor textColor{0, 0, 0, 1};
+    bool centered = false;
+};
+
+/// An image view showing a bundle image (or nothing).
+class UIImageView : public UIView {
+public:
+    explicit UIImageView(std::string imageName = {})
+        : UIView("image")
+        , imageName(std::move(imageName))
+    {
+    }
+    std::string imageName;
+    bool aspectFit = false;
+    bool aspectFill = false;
+    bool clipsToBounds = false;
+};
+
+/// A stack of views laid out along one axis.
+class UIStackView : public UIView {
+public:
+    explicit UIStackView(std::string name = "stack")
+        : UIView(std::move(name))
+    {
+    }
+    bool vertical = false;
+    double spacing = 0;
+    void addArrangedSubview(const std::shared_ptr<UIView>& view) { addSubview(view); }
+};
+
 /// A scroll view (the table of a page): its keyboard dismiss mode and vertical content offset.
 class UIScrollView : public UIView {
 public:

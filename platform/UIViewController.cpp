@@ -23,8 +23,11 @@ UIViewController::UIViewController() = default;
 
 std::shared_ptr<UIView> UIViewController::view()
 {
-    if (!_view)
+    if (!_view) {
+        auto keepAlive = weak_from_this().lock();
         loadView();
+        viewDidLoad();
+    }
     return _view;
 }
 
@@ -95,7 +98,11 @@ void UINavigationController::pushViewController(const std::shared_ptr<UIViewCont
     (void)animated;
     controller->setNavigationController(std::static_pointer_cast<UINavigationController>(shared_from_this()));
     _stack.push_back(controller);
-    Process::current().events().record({{"event", "push"}, {"class", controller->className()}});
+    EventLog::Event event{{"event", "push"}, {"class", controller->className()}};
+    controller->describePush(event);
+    Process::current().events().record(std::move(event));
+    controller->loadViewIfNeeded();
+    controller->viewWillAppear(animated);
 }
 
 std::shared_ptr<UIViewController> UINavigationController::popViewControllerAnimated(bool animated)
@@ -106,6 +113,7 @@ std::shared_ptr<UIViewController> UINavigationController::popViewControllerAnima
     auto popped = _stack.back();
     _stack.pop_back();
     Process::current().events().record({{"event", "pop"}, {"class", popped->className()}});
+    _stack.back()->viewWillAppear(animated);
     return popped;
 }
 

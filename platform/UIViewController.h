@@ -6,6 +6,7 @@
 // is presented, {"event":"present","class":...} for any other presented controller and
 // {"event":"dismiss","class":...}.
 
+#include "platform/EventLog.h"
 #include "platform/UIKit.h"
 
 #include <functional>
@@ -19,11 +20,17 @@ class UIViewController : public NSObject {
 public:
     UIViewController();
 
-    /// The controller's view, made on first use (375 x 667 points, as a phone's screen).
+    /// The controller's view, made on first use (375 x 667 points, as a phone's screen): loadView,
+    /// then viewDidLoad.
     std::shared_ptr<UIView> view();
+    void loadViewIfNeeded() { view(); }
+    bool isViewLoaded() const { return _view != nullptr; }
     virtual void loadView();
     virtual void viewDidLoad() {}
     virtual void viewWillAppear(bool animated) { (void)animated; }
+
+    /// Adds what a push of this controller reports beyond its class (the app picker its store).
+    virtual void describePush(EventLog::Event& event) const { (void)event; }
 
     UINavigationItem& navigationItem() { return _navigationItem; }
     std::shared_ptr<UINavigationController> navigationController() const { return _navigationController.lock(); }
@@ -55,8 +62,8 @@ public:
     const std::vector<std::shared_ptr<UIViewController>>& viewControllers() const { return _stack; }
     std::shared_ptr<UIViewController> topViewController() const { return _stack.empty() ? nullptr : _stack.back(); }
 
-    /// Pushes a controller: it joins the stack and learns its navigation controller. The host runs
-    /// the shown controller's lifecycle.
+    /// Pushes a controller: it joins the stack, learns its navigation controller, loads its view
+    /// (loadView, viewDidLoad) and appears (viewWillAppear:).
     void pushViewController(const std::shared_ptr<UIViewController>& controller, bool animated);
     /// Pops the top controller (never the last one); the popped controller or nullptr.
     std::shared_ptr<UIViewController> popViewControllerAnimated(bool animated);

@@ -1,0 +1,109 @@
+#include "platform/SparkAppListTableViewController.h"
+
+#include "platform/HBPreferences.h"
+#include "platform/NSFileManager.h"
+#include "platform/PropertyListSerialization.h"
+
+#include <algorithm>
+
+NIM_REGISTER_CLASS(SparkAppListTableViewController, PSListController);
+
+std::vector<InstalledApplication> SparkAppListTableViewController::installedApplications()
+{
+    std::vector<InstalledApplication> apps;
+    auto bytes = NSFileManager::defaultManager().contentsAtPath(kInstalledApplicationsPath, 16 << 20);
+    auto list = bytes ? PropertyListSerialization::propertyListWithData(*bytes) : std::nullopt;
+    if (!list)
+        return apps;
+    for (const PlistValue& entry : list->arrayValue()) {
+        const std::string& identifier = entry["CFBundleIdentifier"].stringValue();
+        if (identifier.empty())
+            continue;
+        const std::string& name = entry["CFBundleDisplayName"].stringValue();
+        apps.push_back({identifier, name.empty() ? identifier : name});
+    }
+    std::stable_sort(apps.begin(), apps.end(), [](auto& a, auto& b) { return a.displayName < b.displayName; });
+    return apps;
+}
+
+SparkAppListTableViewController::SparkAppListTableViewController(std::string identifier, std::string key)
+    : _identifier(std::move(identifier))
+    , _key(std::move(key))
+{
+}
+
+std::vector<std::string> SparkAppListTableViewController::enabledApplications() const
+{
+    std::vector<std::string> chosen;
+    for (const PlistValue& item : HBPreferences::preferencesForIdentifier(_identifier)->objectForKey(_key).arrayValue())
+        if (item.isString())
+            chosen.push_back(item.stringValue());
+    return chosen;
+}
+
+void SparkAppListTableViewController::store(const std::vector<std::string>& chosen)
+{
+    PlistArray array;
+    for (auto& identifier : chosen)
+        array.push_back(PlistValue(identifier));
+    HBPreferences::preferencesForIdentifier(_identifier)->setObject(PlistValue(std::move(array)), _key);
+}
+
+bool SparkAppListTableViewController::toggleApplication(const std::string& bundleIdentifier)
+{
+    auto apps = installedApplications();
+    if (std::none_of(apps.begin(), apps.end(), [&](auto& app) { return app.bundleIdentifier == bundleIdentifier; }))
+        return false;
+    auto chosen = enabledApplications();
+    auto found = std::find(chosen.begin(), chosen.end(), bundleIdentifier);
+    if (found != chosen.end()) {
+        chosen.erase(found);
+    } else if (_maxEnabled == 1) {
+        chosen = {bundleIdentifier};
+    } else if (_maxEnabled && static_cast<int>(chosen.size()) >= *_maxEnabled) {
+        return true;
+    } else {
+        chosen.push_back(bundleIdentifier);
+    }
+    store(chosen);
+    return true;
+}
+
+SpecifierArray& SparkAppListTableViewController::specifiers()
+{
+    if (specifiersLoaded())
+        return *_specifiers;
+    SpecifierArray rows{PSSpecifier::groupSpecifierWithName(_maxEnabled == 1 ? "Choose an App" : "Applications")};
+    auto self = weak_from_this();
+    for (auto& app : installedApplications()) {
+        auto row = PSSpecifier::preferenceSpecifierNamed(app.displayName, self, nullptr, PSCellType::Switch);
+        row->setProperty(PlistValue("PSSwitchCell"), "cell");
+        row->setProperty(PlistValue(app.displayName), "label");
+        row->setProperty(PlistValue(app.bundleIdentifier), "id");
+        row->setProperty(PlistValue(app.bundleIdentifier), "bundleIdentifier");
+        rows.push_back(row);
+    }
+    setSpecifiers(std::move(rows));
+    navigationItem().title = "Select Apps";
+    return *_specifiers;
+}
+
+PlistValue SparkAppListTableViewController::readPreferenceValue(const std::shared_ptr<PSSpecifier>& specifier)
+{
+    const std::string& identifier = specifier ? specifier->propertyForKey("bundleIdentifier").stringValue() : "";
+    auto chosen = enabledApplications();
+    return PlistValue(!identifier.empty() && std::find(chosen.begin(), chosen.end(), identifier) != chosen.end());
+}
+
+void SparkAppListTableViewController::setPreferenceValue(const PlistValue& value, const std::shared_ptr<PSSpecifier>& specifier)
+{
+    if (specifier && readPreferenceValue(specifier).boolValue() != value.boolValue())
+        toggleApplication(specifier->propertyForKey("bundleIdentifier").stringValue());
+}
+
+void SparkAppListTableViewController::describePush(EventLog::Event& event) const
+{
+    event["identifier"] = _identifier;
+    event["key"] = _key;
+    event["maxEnabled"] = _maxEnabled ? EventLog::Event(*_maxEnabled) : EventLog::Event(nullptr);
+}

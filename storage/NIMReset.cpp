@@ -1,0 +1,75 @@
+#include "storage/NIMReset.h"
+
+#include "frame/NIMGeneralListControllerWithRespringButton.h"
+#include "platform/HBPreferences.h"
+#include "platform/NSFileManager.h"
+#include "platform/NSRegularExpression.h"
+
+NIMDeletion clearDomain(std::string identifier)
+{
+    return {NIMDeletion::Kind::ClearDomain, std::move(identifier), {}};
+}
+
+NIMDeletion deleteFile(std::string path)
+{
+    return {NIMDeletion::Kind::DeleteFile, std::move(path), {}};
+}
+
+NIMDeletion sweep(std::string pattern, std::string folder)
+{
+    return {NIMDeletion::Kind::Sweep, std::move(folder), std::move(pattern)};
+}
+
+std::vector<NIMDeletion> operator+(std::vector<NIMDeletion> a, const std::vector<NIMDeletion>& b)
+{
+    a.insert(a.end(), b.begin(), b.end());
+    return a;
+}
+
+void removeFiles(const std::string& pattern, const std::string& folder)
+{
+    auto expression = NSRegularExpression::regularExpressionWithPattern(pattern, NSRegularExpression::CaseInsensitive);
+    if (!expression)
+        return;
+    auto& files = NSFileManager::defaultManager();
+    std::string base = folder.ends_with('/') ? folder : folder + "/";
+    for (const std::string& relative : files.enumeratorAtPath(folder))
+        if (expression->matches(relative))
+            files.removeItemAtPath(base + relative);
+}
+
+void performDeletions(const std::vector<NIMDeletion>& deletions)
+{
+    for (const NIMDeletion& deletion : deletions) {
+        switch (deletion.kind) {
+        case NIMDeletion::Kind::ClearDomain:
+            HBPreferences::preferencesForIdentifier(deletion.target)->removeAllObjects();
+            break;
+        case NIMDeletion::Kind::DeleteFile:
+            NSFileManager::defaultManager().removeItemAtPath(deletion.target);
+            break;
+        case NIMDeletion::Kind::Sweep:
+            removeFiles(deletion.pattern, deletion.target);
+            break;
+        }
+    }
+}
+
+PageAction confirmedReset(NIMReset reset)
+{
+    return [reset = std::move(reset)](NIMCollapsibleListController& page) {
+        auto self = page.self<NIMCollapsibleListController>();
+        auto alert = UIAlertController::alertControllerWithTitle("Nimbra", reset.message);
+        alert->addAction({"Confirm", UIAlertActionStyle::Destructive, [self, reset] {
+                              performDeletions(reset.deletions);
+                              if (reset.then == NIMReset::Then::CloseApp) {
+                                  self->performSelector("closeApp");
+                              } else if (auto general = std::dynamic_pointer_cast<NIMGeneralListControllerWithRespringButton>(self)) {
+                                  general->setHasPressedRespring(true);
+                                  general->respring();
+                              }
+                          }});
+        alert->addAction({"Cancel", UIAlertActionStyle::Cancel, nullptr});
+        page.presentViewController(alert, true);
+    };
+}
