@@ -81,6 +81,7 @@ SpecifierArray& SparkAppListTableViewController::specifiers()
         row->setProperty(PlistValue(app.displayName), "label");
         row->setProperty(PlistValue(app.bundleIdentifier), "id");
         row->setProperty(PlistValue(app.bundleIdentifier), "bundleIdentifier");
+        row->setProperty(PlistValue(app.bundleIdentifier), "key");
         rows.push_back(row);
     }
     setSpecifiers(std::move(rows));

@@ -42,7 +42,8 @@ public:
     /// installed app has that identifier.
     bool toggleApplication(const std::string& bundleIdentifier);
 
-    /// One group row, then a row per installed app (id and "bundleIdentifier" its identifier).
+    /// One group row, then a switch row per installed app ("id", "key" and "bundleIdentifier" its
+    /// identifier), by display name.
     SpecifierArray& specifiers() override;
     /// A row's value is whether its app is chosen.
     PlistValue readPreferenceValue(const std::shared_ptr<PSSpecifier>& specifier) override;
