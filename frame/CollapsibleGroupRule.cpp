@@ -58,9 +58,16 @@ std::string Condition::description() const
 CollapsibleGroupRule when(std::string key, Condition shownWhen)
 {
     CollapsibleGroupRule rule;
+    rule.name = key;
     rule.key = std::move(key);
     rule.shownWhen = std::move(shownWhen);
     return rule;
+}
+
+CollapsibleGroupRule& CollapsibleGroupRule::named(std::string ruleName)
+{
+    name = std::move(ruleName);
+    return *this;
 }
 
 CollapsibleGroupRule& CollapsibleGroupRule::chain(const std::vector<std::string>& ids, std::string after)

@@ -61,6 +61,9 @@ struct Placement {
 
 struct CollapsibleGroupRule {
     std::string key;
+    /// How nested rules name this rule; the key unless two rules share one key (a selector whose
+    /// values govern different rows).
+    std::string name;
     Condition shownWhen = Condition::on();
     std::vector<Placement> children;
     /// The id of the row that edits `key`, where the page reads it ("the value of row X") or a
@@ -73,7 +76,7 @@ struct CollapsibleGroupRule {
     bool guardNeverCaptured = false;
     /// No presence test at all: a repeated change inserts the rows again.
     bool unguarded = false;
-    /// Keys of rules re-applied, from the values of their rows, after this rule's children are in.
+    /// Names of rules re-applied, from the values of their rows, after this rule's children are in.
     std::vector<std::string> nested;
     /// The rows removed when the condition fails; empty means the children, then the rows the
     /// nested rules hide.
@@ -89,6 +92,7 @@ struct CollapsibleGroupRule {
     bool reloadAnimated = false;
 
     // Building a table line.
+    CollapsibleGroupRule& named(std::string ruleName);
     CollapsibleGroupRule& chain(const std::vector<std::string>& ids, std::string after);
     CollapsibleGroupRule& place(std::string id, std::string after);
     CollapsibleGroupRule& editedBy(std::string rowId);

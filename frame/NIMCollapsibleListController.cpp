@@ -58,7 +58,8 @@ void NIMCollapsibleListController::reloadSpecifiers()
 void NIMCollapsibleListController::viewDidLoad()
 {
     HBListController::viewDidLoad();
-    reloadSpecifiers();
+    if (!_page.rules.empty())
+        reloadSpecifiers();
 }
 
 void NIMCollapsibleListController::valueChanged(const std::string& key, const PlistValue& value)
@@ -92,10 +93,10 @@ bool NIMCollapsibleListController::show(const CollapsibleGroupRule& rule)
     return true;
 }
 
-void NIMCollapsibleListController::showNested(const std::vector<std::string>& keys)
+void NIMCollapsibleListController::showNested(const std::vector<std::string>& names)
 {
-    for (auto& key : keys) {
-        const CollapsibleGroupRule* inner = _page.ruleForKey(key);
+    for (auto& name : names) {
+        const CollapsibleGroupRule* inner = _page.ruleNamed(name);
         if (inner && inner->shownWhen.holds(valueOfRow(inner->row)))
             show(*inner);
     }

@@ -8,7 +8,8 @@
 //                   key: animated insertion after the anchor (guarded), or animated removal;
 //   reload          rebuilds the list from the definition, then removes, unanimated, the rows of
 //                   every rule whose condition fails in the stored domain; it never inserts;
-//   viewDidLoad     the base's, then the reload, so the first display is already pruned.
+//   viewDidLoad     the base's, then (on a page with rules) the reload, so the first display is
+//                   already pruned; a plain page only shows its definition.
 //
 // A page whose behaviour departs from its table overrides `valueChanged` or `prune` in its own
 // file and uses the helpers below.
@@ -64,8 +65,8 @@ protected:
     /// Whether the reload removes a rule's rows for the stored value (absent keys read as the
     /// rule's reload default, else NO / 0).
     bool reloadRemoves(const CollapsibleGroupRule& rule, HBPreferences& preferences) const;
-    /// Re-applies nested rules from the values of their rows (their own guards apply).
-    void showNested(const std::vector<std::string>& keys);
+    /// Re-applies the named rules from the values of their rows (their own guards apply).
+    void showNested(const std::vector<std::string>& names);
 
     /// The rule of the table for a trigger key (the page's own; throws for a key it lacks).
     const CollapsibleGroupRule& rule(std::string_view key) const;

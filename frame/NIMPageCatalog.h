@@ -29,3 +29,13 @@ const NIMPageEntry* find(std::string_view className);
 #define NIM_REGISTER_PAGE(Type, Super)                                                   \
     NIM_REGISTER_CLASS(Type, Super);                                                     \
     static const bool Type##_page [[maybe_unused]] = NIMPageCatalog::add({#Type, &Type::description})
+
+/// Declares and registers a page controller that is exactly its description: the file then gives
+/// `Type::description()` (definition, domain, rule table, actions) and nothing else.
+#define NIM_PAGE(Type, Super)                                                         \
+    class Type : public Super {                                                       \
+    public:                                                                           \
+        Type() : Super(description()) {}                                              \
+        static const PageDescription& description();                                  \
+    };                                                                                \
+    NIM_REGISTER_PAGE(Type, Super)

@@ -22,13 +22,21 @@ const CollapsibleGroupRule* PageDescription::ruleForKey(std::string_view key) co
     return nullptr;
 }
 
+const CollapsibleGroupRule* PageDescription::ruleNamed(std::string_view name) const
+{
+    for (auto& rule : rules)
+        if (rule.name == name)
+            return &rule;
+    return nullptr;
+}
+
 std::vector<std::string> PageDescription::hiddenBy(const CollapsibleGroupRule& rule) const
 {
     if (!rule.hides.empty())
         return rule.hides;
     std::vector<std::string> ids = rule.childIds();
-    for (auto& key : rule.nested)
-        if (const CollapsibleGroupRule* inner = ruleForKey(key); inner && inner != &rule)
+    for (auto& name : rule.nested)
+        if (const CollapsibleGroupRule* inner = ruleNamed(name); inner && inner != &rule)
             for (auto& id : hiddenBy(*inner))
                 if (std::find(ids.begin(), ids.end(), id) == ids.end())
                     ids.push_back(id);

@@ -32,12 +32,17 @@ struct PageDescription {
     std::vector<std::string> otherDomains;
     /// The page's action methods by selector name (resets, app pickers, saveTextCell, ...).
     std::vector<std::pair<std::string, PageAction>> actions;
+    /// Ids a page's own departures from its table refer to (rows it disables, say), so that the
+    /// definitions can be checked for them too.
+    std::vector<std::string> referencedIds;
 
     /// The ids captured on every `specifiers` call: `captured` when given, else every child id of
     /// the rules in table order.
     std::vector<std::string> capturedIds() const;
     /// The rule for a trigger key, the first in table order, or nullptr.
     const CollapsibleGroupRule* ruleForKey(std::string_view key) const;
+    /// The rule of that name, or nullptr.
+    const CollapsibleGroupRule* ruleNamed(std::string_view name) const;
     /// The rows a rule removes when it is not shown (its own list, or its children followed by what
     /// its nested rules hide).
     std::vector<std::string> hiddenBy(const CollapsibleGroupRule& rule) const;

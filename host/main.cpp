@@ -2,6 +2,7 @@
 
 #include "frame/NIMPageCatalog.h"
 #include "host/HostOptions.h"
+#include "host/Lint.h"
 #include "host/ScriptRunner.h"
 #include "host/Session.h"
 
@@ -21,6 +22,9 @@ The Nimbra settings bundle, run against a Linux stand-in for the device.
 Commands:
   pages          list every page controller with its definition and domain
   script [FILE]  run a scripted session from FILE (or standard input)
+  lint [--strict]
+                 check every page definition against its controller; --strict also fails
+                 on links to pages that are not available yet
 
 Options:
   --root DIR         the directory that stands for /var/jb
@@ -92,6 +96,22 @@ int listPages()
     return 0;
 }
 
+int lint(const Arguments& arguments, const char* argv0)
+{
+    bool strict = false;
+    for (auto& arg : arguments.rest) {
+        if (arg != "--strict")
+            usageError("lint takes only --strict");
+        strict = true;
+    }
+    LintResult result = lintPages(resolveResources(argv0), std::cout, strict);
+    std::cout << "lint: " << result.pages << " pages, " << result.problems << " problems";
+    if (result.pending)
+        std::cout << ", " << result.pending << " links to pages not available yet";
+    std::cout << '\n';
+    return result.problems ? 1 : 0;
+}
+
 int script(const Arguments& arguments, const char* argv0)
 {
     if (arguments.rest.size() > 1)
@@ -122,6 +142,8 @@ int main(int argc, char** argv)
             return listPages();
         if (arguments.command == "script")
             return script(arguments, argv[0]);
+        if (arguments.command == "lint")
+            return lint(arguments, argv[0]);
     } catch (const std::exception& error) {
         std::cerr << "nimbra-prefs: " << error.what() << '\n';
         return 1;

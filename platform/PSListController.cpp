@@ -9,6 +9,7 @@
 #include <algorithm>
 
 NIM_REGISTER_CLASS(PSListController, UIViewController);
+NIM_REGISTER_CLASS(PSListItemsController, PSListController);
 
 namespace {
 

@@ -72,3 +72,6 @@ private:
     std::vector<std::pair<std::shared_ptr<PSSpecifier>, std::shared_ptr<PSTableCell>>> _cells;
     std::vector<std::pair<std::shared_ptr<PSSpecifier>, std::shared_ptr<UIView>>> _headers;
 };
+
+/// The chooser a list row ("PSLinkListCell") opens to pick one of its "validValues".
+class PSListItemsController : public PSListController {};

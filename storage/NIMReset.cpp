@@ -4,6 +4,7 @@
 #include "platform/HBPreferences.h"
 #include "platform/NSFileManager.h"
 #include "platform/NSRegularExpression.h"
+#include "storage/NimbraDomains.h"
 
 NIMDeletion clearDomain(std::string identifier)
 {
@@ -72,4 +73,20 @@ PageAction confirmedReset(NIMReset reset)
         alert->addAction({"Cancel", UIAlertActionStyle::Cancel, nullptr});
         page.presentViewController(alert, true);
     };
+}
+
+NIMReset groupSettingsReset(const std::string& name, const std::string& suffix, std::vector<std::string> stores, bool clears)
+{
+    NIMReset reset{"Do you really want to reset " + name + " Settings?", {}};
+    if (clears)
+        reset.deletions.push_back(clearDomain(NimbraDomains::identifier(suffix)));
+    reset.deletions.push_back(deleteFile(NimbraDomains::groupFile(suffix)));
+    for (const std::string& store : stores)
+        reset.deletions.push_back(deleteFile(NimbraDomains::groupFile(suffix, store)));
+    return reset;
+}
+
+NIMReset groupColorsReset(const std::string& name, const std::string& suffix)
+{
+    return {"Do you really want to reset " + name + " Colors?", {deleteFile(NimbraDomains::groupFile(suffix, ".colors"))}};
 }

@@ -52,3 +52,11 @@ void performDeletions(const std::vector<NIMDeletion>& deletions);
 /// NSRegularExpression does. Errors are skipped and the walk goes on; nothing outside the folder is
 /// touched. An invalid expression removes nothing.
 void removeFiles(const std::string& pattern, const std::string& folder);
+
+/// The usual settings reset of a group: "Do you really want to reset <name> Settings?"; clears
+/// the group's settings domain when `clears`, then deletes its file and, in order, the files of the
+/// given stores (suffixes after the group's identifier, such as ".blackListedApps").
+NIMReset groupSettingsReset(const std::string& name, const std::string& suffix, std::vector<std::string> stores, bool clears = true);
+/// The usual colour reset: "Do you really want to reset <name> Colors?"; deletes the colour file
+/// (the colour domain is not cleared first).
+NIMReset groupColorsReset(const std::string& name, const std::string& suffix);

@@ -1,9 +1,12 @@
-#include "pages/modules/NIMBatteryLineColorsPrefsListController.h"
+// Battery Line > Colors: a colour for charging, low power mode and low battery, each shown only
+// while its switch is on.
 
+#include "frame/NIMGeneralListControllerWithRespringButton.h"
+#include "frame/NIMModulePageKinds.h"
 #include "frame/NIMPageCatalog.h"
 #include "storage/NimbraDomains.h"
 
-NIM_REGISTER_PAGE(NIMBatteryLineColorsPrefsListController, NIMGeneralListControllerWithRespringButton);
+NIM_PAGE(NIMBatteryLineColorsPrefsListController, NIMGeneralListControllerWithRespringButton);
 
 const PageDescription& NIMBatteryLineColorsPrefsListController::description()
 {
@@ -11,11 +14,7 @@ const PageDescription& NIMBatteryLineColorsPrefsListController::description()
         .definition = "pages/Modules/BatteryLineColors",
         .domain = NimbraDomains::identifier(".batteryline"),
         .fixesColorRows = true,
-        .rules = {
-            when("chargingColorEnabled", Condition::on()).chain({"chargingChild"}, "chargingParent"),
-            when("lpmColorEnabled", Condition::on()).chain({"lpmChild"}, "lpmParent"),
-            when("lowBatteryColorEnabled", Condition::on()).chain({"lowBatteryChild"}, "lowBatteryParent"),
-        },
+        .rules = NIMModulePageKinds::colorSwitches({"charging", "lpm", "lowBattery"}),
     };
     return page;
 }

@@ -1,0 +1,254 @@
+#include "host/Lint.h"
+
+#include "frame/NIMCollapsibleListController.h"
+#include "frame/NIMPageCatalog.h"
+#include "platform/NSFileManager.h"
+#include "platform/PSTableCell.h"
+#include "platform/Process.h"
+#include "platform/PropertyListSerialization.h"
+
+#include <stdlib.h>
+
+#include <algorithm>
+#include <map>
+#include <set>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+class PageCheck {
+public:
+    PageCheck(const NIMPageEntry& entry, const fs::path& resources, std::ostream& out, bool strict, LintResult& result)
+        : _entry(entry)
+        , _page(entry.description())
+        , _out(out)
+        , _strict(strict)
+        , _result(result)
+    {
+        load(resources / (_page.definition + ".plist"));
+    }
+
+    void run()
+    {
+        if (_items.empty() && _loadFailed)
+            return;
+        checkRows();
+        checkRules();
+        for (auto& id : _page.capturedIds())
+            requireId(id, "the page captures");
+        for (auto& id : _page.referencedIds)
+            requireId(id, "the page refers to");
+    }
+
+private:
+    void problem(const std::string& message)
+    {
+        ++_result.problems;
+        _out << _entry.className << " (" << _page.definition << "): " << message << '\n';
+    }
+
+    void load(const fs::path& file)
+    {
+        auto bytes = AtomicFile::read(file, 4 << 20);
+        if (!bytes) {
+            _loadFailed = true;
+            problem("definition " + file.filename().string() + " is missing");
+            return;
+        }
+        auto definition = PropertyListSerialization::propertyListWithData(*bytes);
+        if (!definition || (*definition)["items"].kind() != PlistValue::Kind::Array) {
+            _loadFailed = true;
+            problem("definition is not a property list with an \"items\" array");
+            return;
+        }
+        for (auto& item : (*definition)["items"].arrayValue()) {
+            if (item.kind() != PlistValue::Kind::Dictionary) {
+                problem("item " + std::to_string(_items.size()) + " is not a dictionary");
+                _items.push_back(PlistValue(PlistDictionary{}));
+                continue;
+            }
+            _items.push_back(item);
+        }
+        for (std::size_t i = 0; i < _items.size(); ++i) {
+            const std::string& id = _items[i]["id"].stringValue();
+            if (id.empty())
+                continue;
+            if (_positions.contains(id))
+                problem("id \"" + id + "\" appears more than once");
+            else
+                _positions[id] = i;
+        }
+    }
+
+    std::string describe(std::size_t index) const
+    {
+        const PlistValue& item = _items[index];
+        if (!item["id"].stringValue().empty())
+            return "row \"" + item["id"].stringValue() + "\"";
+        if (!item["label"].stringValue().empty())
+            return "row \"" + item["label"].stringValue() + "\"";
+        return "row " + std::to_string(index);
+    }
+
+    bool requireId(const std::string& id, const std::string& who)
+    {
+        if (_positions.contains(id))
+            return true;
+        problem("id \"" + id + "\" that " + who + " is missing");
+        return false;
+    }
+
+    std::set<std::string> allowedDomains() const
+    {
+        std::set<std::string> domains(_page.otherDomains.begin(), _page.otherDomains.end());
+        if (!_page.domain.empty()) {
+            domains.insert(_page.domain);
+            domains.insert(_page.domain + ".colors");
+        }
+        return domains;
+    }
+
+    void checkRows()
+    {
+        auto domains = allowedDomains();
+        auto controller = instantiate();
+        for (std::size_t i = 0; i < _items.size(); ++i) {
+            const PlistValue& item = _items[i];
+            const std::string& cell = item["cell"].stringValue();
+            if (!PSCellTypeIsKnown(cell))
+                problem(describe(i) + " has an unknown cell type \"" + cell + "\"");
+            const std::string& key = item["key"].stringValue();
+            const std::string& domain = item["defaults"].stringValue();
+            if (!key.empty() && !domains.contains(domain))
+                problem(describe(i) + " stores \"" + key + "\" in \"" + domain + "\", which is not one of the page's domains");
+            const std::string& cellClass = item["cellClass"].stringValue();
+            const ObjCClass* cls = cellClass.empty() ? nullptr : ObjCRuntime::registeredClassNamed(cellClass);
+            if (!cellClass.empty() && !cls)
+                problem(describe(i) + " names the unknown cell class \"" + cellClass + "\"");
+            if (cellClass == "NimbraColorPickerTableCell") {
+                if (cell != "PSLinkCell")
+                    problem(describe(i) + " is a colour row but not a PSLinkCell");
+                if (!_page.fixesColorRows)
+                    problem(describe(i) + " is a colour row on a page that does not rewrite colour rows");
+                if (!domain.ends_with(".colors"))
+                    problem(describe(i) + " is a colour row storing outside a colour domain");
+            }
+            checkLink(i);
+            checkAction(i, cls, controller);
+        }
+    }
+
+    void checkLink(std::size_t i)
+    {
+        const std::string& detail = _items[i]["detail"].stringValue();
+        if (detail.empty())
+            return;
+        const ObjCClass* cls = ObjCRuntime::registeredClassNamed(detail);
+        if (cls && ObjCRuntime::isSubclass(*cls, "PSListController"))
+            return;
+        if (!cls && detail.starts_with("NIM") && detail.ends_with("ListController")) {
+            ++_result.pending;
+            if (_strict)
+                problem(describe(i) + " opens " + detail + ", which is not available yet");
+            else
+                _out << "pending: " << _entry.className << ": " << describe(i) << " opens " << detail << ", not available yet\n";
+            return;
+        }
+        problem(describe(i) + " opens \"" + detail + "\", which is no page controller");
+    }
+
+    std::shared_ptr<NSObject> instantiate() const
+    {
+        const ObjCClass* cls = ObjCRuntime::registeredClassNamed(_entry.className);
+        return cls && cls->make ? cls->make() : nullptr;
+    }
+
+    void checkAction(std::size_t i, const ObjCClass* cellClass, const std::shared_ptr<NSObject>& controller)
+    {
+        const std::string& action = _items[i]["action"].stringValue();
+        if (action.empty())
+            return;
+        if (cellClass && cellClass->make) {
+            auto cell = std::dynamic_pointer_cast<PSTableCell>(cellClass->make());
+            if (cell) {
+                auto specifier = std::make_shared<PSSpecifier>();
+                for (auto& [key, value] : _items[i].dictionaryValue())
+                    specifier->setProperty(value, key);
+                specifier->setTarget(controller);
+                cell->initWithSpecifier(specifier, 0);
+                if (specifier->target() != controller) {
+                    if (!cell->respondsToSelector(action))
+                        problem(describe(i) + " calls " + action + ", which its cell " + cellClass->name + " does not answer");
+                    return;
+                }
+            }
+        }
+        if (!controller || !controller->respondsToSelector(action))
+            problem(describe(i) + " calls " + action + ", which the page does not answer");
+    }
+
+    void checkRules()
+    {
+        std::set<std::string> keys;
+        for (auto& item : _items)
+            if (!item["key"].stringValue().empty())
+                keys.insert(item["key"].stringValue());
+        for (auto& rule : _page.rules) {
+            std::string who = "rule \"" + rule.name + "\"";
+            if (!keys.contains(rule.key))
+                problem(who + ": no row edits its key \"" + rule.key + "\"");
+            if (!rule.row.empty() && requireId(rule.row, who + " reads")) {
+                const std::string& edited = _items[_positions.at(rule.row)]["key"].stringValue();
+                if (edited != rule.key)
+                    problem(who + ": row \"" + rule.row + "\" should edit \"" + rule.key + "\" but edits \"" + edited + "\"");
+            }
+            for (auto& child : rule.children) {
+                bool childThere = requireId(child.id, who + " shows");
+                bool anchorThere = requireId(child.after, who + " inserts after");
+                if (childThere && anchorThere && _positions.at(child.after) >= _positions.at(child.id))
+                    problem(who + ": \"" + child.id + "\" comes before its anchor \"" + child.after + "\"");
+            }
+            if (!rule.guardNeverCaptured && !rule.guardId().empty())
+                requireId(rule.guardId(), who + " guards on");
+            for (auto& name : rule.nested)
+                if (!_page.ruleNamed(name))
+                    problem(who + " re-applies \"" + name + "\", which the page has no rule for");
+            for (auto& id : rule.hides)
+                requireId(id, who + " hides");
+        }
+    }
+
+    const NIMPageEntry& _entry;
+    const PageDescription& _page;
+    std::ostream& _out;
+    bool _strict;
+    LintResult& _result;
+    std::vector<PlistValue> _items;
+    std::map<std::string, std::size_t> _positions;
+    bool _loadFailed = false;
+};
+
+}  // namespace
+
+LintResult lintPages(const fs::path& resources, std::ostream& out, bool strict)
+{
+    LintResult result;
+    // Controllers are made to ask them for their actions: in a process of their own, on a throw-away root.
+    std::string pattern = (fs::temp_directory_path() / "nimbra-lint-XXXXXX").string();
+    if (!::mkdtemp(pattern.data())) {
+        out << "lint: cannot make a temporary folder\n";
+        result.problems = 1;
+        return result;
+    }
+    {
+        Process process({.root = pattern, .resources = resources});
+        for (auto& entry : NIMPageCatalog::all()) {
+            ++result.pages;
+            PageCheck(entry, resources, out, strict, result).run();
+        }
+    }
+    std::error_code ec;
+    fs::remove_all(pattern, ec);
+    return result;
+}

@@ -1,0 +1,27 @@
+#pragma once
+// The consistency check of the page definitions against their controllers (`nimbra-prefs lint`).
+// Every registered page is checked with what its controller refers to, taken from the controller
+// itself (its description and its actions), so the check holds no second copy of any rule:
+//
+//   - the definition exists, parses, and its rows are dictionaries of known cell types with ids
+//     unique within the page;
+//   - every id a rule, capture or departure names is present; a rule's row edits the rule's key;
+//     some row edits every trigger key; every child comes after its anchor; nested rules exist;
+//   - every row with a key stores into the page's domains (colour rows into a colour domain, on a
+//     page that rewrites colour rows);
+//   - every cell and detail class is a registered class, every link opens a page controller, and
+//     every button's action is answered by its target.
+//
+// Links to page controllers that are not registered yet are reported as pending; with `strict`
+// they count as problems.
+
+#include <filesystem>
+#include <ostream>
+
+struct LintResult {
+    int pages = 0;
+    int problems = 0;
+    int pending = 0;
+};
+
+LintResult lintPages(const std::filesystem::path& resources, std::ostream& out, bool strict);
