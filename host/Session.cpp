@@ -81,7 +81,20 @@ void Session::write(const std::string& domain, const std::string& key, const Pli
 
 void Session::tap(const std::string& id)
 {
+    auto page = requireTopPage();
     auto row = shownRow("id", id);
+    auto& rows = page->specifiers();
+    tapRow(static_cast<std::size_t>(std::find(rows.begin(), rows.end(), row) - rows.begin()));
+}
+
+void Session::tapRow(std::size_t index)
+{
+    auto page = requireTopPage();
+    auto& rows = page->specifiers();
+    if (index >= rows.size())
+        throw CommandError(page->className() + " shows no row " + std::to_string(index));
+    auto row = rows[index];
+    std::string id = row->identifier().empty() ? std::to_string(index) : row->identifier();
     if (!row->isEnabled())
         throw CommandError("the row \"" + id + "\" is disabled");
     const std::string& action = row->propertyForKey("action").stringValue();
@@ -95,6 +108,8 @@ void Session::tap(const std::string& id)
         const ObjCClass* detail = row->detailControllerClass();
         if (!detail && !row->detailClassName().empty())
             throw CommandError("page " + row->detailClassName() + " is not available yet");
+        if (detail && detail->name == "PSListItemsController")
+            throw CommandError("row \"" + id + "\" is a list: choose its value with set");
         if (detail && detail->make) {
             present(std::static_pointer_cast<UIViewController>(detail->make()));
             return;
@@ -241,4 +256,103 @@ Session::Json Session::file(const std::string& path) const
         if (auto parsed = PropertyListSerialization::propertyListWithData(*bytes))
             value = toJson(*parsed);
     return {{"path", path}, {"exists", exists}, {"value", value}};
+}
+
+void Session::tick()
+{
+    _process->mainQueue().runDue();
+    _process->commit();
+}
+
+namespace {
+
+Session::Json colorJson(const std::optional<UIColor>& color)
+{
+    if (!color)
+        return nullptr;
+    auto c = color->components255();
+    return {c[0], c[1], c[2], c[3]};
+}
+
+}  // namespace
+
+Session::Json Session::state()
+{
+    Json stack = Json::array();
+    for (auto& controller : _navigation->viewControllers())
+        stack.push_back({{"class", controller->className()}, {"title", controller->navigationItem().title}});
+    Json state{{"stack", stack}, {"page", nullptr}, {"presented", nullptr}, {"picker", nullptr}};
+    auto page = topPage();
+    if (!page)
+        return state;
+
+    Json pageState = rows();
+    pageState["title"] = page->navigationItem().title;
+    for (std::size_t i = 0; i < pageState["rows"].size(); ++i) {
+        auto& specifier = page->specifiers()[i];
+        pageState["rows"][i]["index"] = i;
+        pageState["rows"][i]["cell"] = std::string(PSCellTypeName(specifier->cellType()));
+        if (auto cell = page->cellForSpecifier(specifier)) {
+            if (!cell->detailTextLabel().text.empty())
+                pageState["rows"][i]["subtitle"] = cell->detailTextLabel().text;
+            if (cell->showsReorderControl())
+                pageState["rows"][i]["movable"] = true;
+        }
+    }
+    if (auto titleView = page->navigationItem().titleView; titleView && !titleView->subviews().empty()) {
+        auto content = titleView->subviews().front();
+        Json title{{"alpha", content->alpha()}, {"translationY", content->translation()[1]}};
+        for (auto& part : content->subviews()) {
+            if (auto label = std::dynamic_pointer_cast<UILabel>(part))
+                title["text"] = label->text;
+            if (auto image = std::dynamic_pointer_cast<UIImageView>(part))
+                title["image"] = image->imageName;
+        }
+        pageState["titleView"] = title;
+    }
+    if (!page->specifiers().empty()) {
+        if (auto header = page->headerViewForSpecifier(page->specifiers().front())) {
+            Json drawn{{"height", header->frame().height}};
+            for (auto& part : header->subviews())
+                if (auto image = std::dynamic_pointer_cast<UIImageView>(part))
+                    drawn["image"] = {{"name", image->imageName}, {"height", image->frame().height}};
+            pageState["header"] = drawn;
+        }
+    }
+    if (auto button = page->navigationItem().rightBarButtonItem)
+        pageState["rightButton"] = {{"title", button->title()}, {"tint", colorJson(button->tintColor())}};
+    if (auto list = std::dynamic_pointer_cast<HBListController>(page)) {
+        if (auto scheme = list->hb_appearanceSettings())
+            pageState["appearance"] = {{"tint", colorJson(scheme->tintColor())},
+                                       {"navigationBarBackground", colorJson(scheme->navigationBarBackgroundColor())},
+                                       {"navigationBarTitle", colorJson(scheme->navigationBarTitleColor())},
+                                       {"navigationBarTint", colorJson(scheme->navigationBarTintColor())},
+                                       {"cellText", colorJson(scheme->tableViewCellTextColor())},
+                                       {"separator", colorJson(scheme->tableViewCellSeparatorColor())},
+                                       {"translucent", scheme->translucentNavigationBar()}};
+    }
+    state["page"] = pageState;
+
+    if (auto picker = std::dynamic_pointer_cast<SparkAppListTableViewController>(page))
+        state["picker"] = {{"identifier", picker->identifier()},
+                           {"key", picker->key()},
+                           {"maxEnabled", picker->maxEnabled() ? Json(*picker->maxEnabled()) : Json(nullptr)}};
+
+    auto presented = page->presentedViewController();
+    if (auto alert = std::dynamic_pointer_cast<UIAlertController>(presented)) {
+        Json actions = Json::array();
+        for (auto& action : alert->actions())
+            actions.push_back({{"title", action.title},
+                               {"style", action.style == UIAlertActionStyle::Destructive ? "destructive"
+                                         : action.style == UIAlertActionStyle::Cancel    ? "cancel"
+                                                                                         : "default"}});
+        state["presented"] = {{"kind", "alert"}, {"title", alert->title()}, {"message", alert->message()}, {"actions", actions}};
+    } else if (std::dynamic_pointer_cast<UIImagePickerController>(presented)) {
+        state["presented"] = {{"kind", "imagePicker"}};
+    } else if (auto composer = std::dynamic_pointer_cast<MFMailComposeViewController>(presented)) {
+        state["presented"] = {{"kind", "mail"}, {"to", composer->toRecipients}, {"subject", composer->subject}, {"body", composer->body}};
+    } else if (presented) {
+        state["presented"] = {{"kind", "other"}, {"class", presented->className()}};
+    }
+    return state;
 }

@@ -38,6 +38,8 @@ public:
     void set(const std::string& key, const PlistValue& value);
     void write(const std::string& domain, const std::string& key, const PlistValue& value);
     void tap(const std::string& id);
+    /// Taps the shown row at index (counted from 0 over the top page's rows, group rows included).
+    void tapRow(std::size_t index);
     void call(const std::string& selector);
     void alert(const std::string& title);
     void wait(double seconds);
@@ -57,6 +59,13 @@ public:
     Json rows();
     Json events();
     Json file(const std::string& path) const;
+    /// Everything a screen needs to draw the app now: the navigation stack, the top page (title, bar
+    /// button, colour scheme, rows with their values), and what is presented over it (an alert, the
+    /// image picker, the mail composer) or pushed (an app picker).
+    Json state();
+
+    /// Real-clock sessions: runs what fell due on the main queue.
+    void tick();
 
     /// Ends a command: draws what changed (bar buttons).
     void commit() { _process->commit(); }
