@@ -3,6 +3,7 @@
 #include "frame/SharedActions.h"
 #include "host/JsonValue.h"
 #include "host/RootSeed.h"
+#include "platform/ColorPickerLibraries.h"
 #include "platform/HBPreferences.h"
 #include "platform/HBSupportController.h"
 #include "platform/SparkAppListTableViewController.h"
@@ -65,10 +66,20 @@ void Session::open(const std::string& className)
 void Session::set(const std::string& key, const PlistValue& value)
 {
     auto page = requireTopPage();
-    auto row = shownRow("key", key);
-    if (!row->isEnabled())
-        throw CommandError("the row for \"" + key + "\" is disabled");
-    page->setPreferenceValue(value, row);
+    for (auto& row : page->specifiers()) {
+        bool spark = SparkColourPicker::isSparkRow(*row);
+        if ((spark ? row->propertyForKey("libsparkcolourpicker")["key"] : row->propertyForKey("key")).stringValue() != key)
+            continue;
+        if (!row->isEnabled())
+            throw CommandError("the row for \"" + key + "\" is disabled");
+        // A libsparkcolourpicker row is edited by the library's own cell, which stores the colour itself.
+        if (spark)
+            SparkColourPicker::store(*row, value);
+        else
+            page->setPreferenceValue(value, row);
+        return;
+    }
+    throw CommandError(page->className() + " shows no row with key \"" + key + "\"");
 }
 
 void Session::write(const std::string& domain, const std::string& key, const PlistValue& value)
@@ -230,7 +241,9 @@ Session::Json Session::rows()
                    {"properties", properties},
                    {"cellClass", row->cellClass() ? Json(row->cellClass()->name) : Json(nullptr)},
                    {"enabled", row->isEnabled()}};
-        if (!row->key().empty())
+        if (SparkColourPicker::isSparkRow(*row))
+            entry["value"] = toJson(SparkColourPicker::storedValue(*row));
+        else if (!row->key().empty())
             entry["value"] = toJson(page->readPreferenceValue(row));
         rows.push_back(std::move(entry));
     }

@@ -2,6 +2,10 @@
 // colour rows use. Their classes resolve by name only once the library was opened with dlopen.
 // Cephei's own cell classes are always there.
 
+#include "platform/ColorPickerLibraries.h"
+
+#include "platform/DarwinNotifyCenter.h"
+#include "platform/HBPreferences.h"
 #include "platform/PSTableCell.h"
 
 namespace {
@@ -22,3 +26,35 @@ const bool registered [[maybe_unused]] = [] {
 }();
 
 }  // namespace
+
+namespace SparkColourPicker {
+
+bool isSparkRow(const PSSpecifier& row)
+{
+    return row.propertyForKey("libsparkcolourpicker").kind() == PlistValue::Kind::Dictionary;
+}
+
+PlistValue storedValue(const PSSpecifier& row)
+{
+    const PlistValue& options = row.propertyForKey("libsparkcolourpicker");
+    const std::string& domain = options["defaults"].stringValue();
+    const std::string& key = options["key"].stringValue();
+    if (!domain.empty() && !key.empty())
+        if (PlistValue stored = HBPreferences::preferencesForIdentifier(domain)->objectForKey(key); !stored.isNil())
+            return stored;
+    return options["fallback"];
+}
+
+bool store(const PSSpecifier& row, const PlistValue& value)
+{
+    const PlistValue& options = row.propertyForKey("libsparkcolourpicker");
+    const std::string& domain = options["defaults"].stringValue();
+    const std::string& key = options["key"].stringValue();
+    if (domain.empty() || key.empty() || !HBPreferences::preferencesForIdentifier(domain)->setObject(value, key))
+        return false;
+    if (const std::string& name = options["PostNotification"].stringValue(); !name.empty())
+        CFNotificationCenterGetDarwinNotifyCenter().postNotification(name);
+    return true;
+}
+
+}  // namespace SparkColourPicker
