@@ -1,0 +1,88 @@
+#pragma once
+// Driving pages in an in-process session: open a page, change values, read back what is shown and
+// what happened.
+
+#include "TestSupport.h"
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+namespace test {
+
+struct PageSession : SessionOnFreshRoot {
+    using SessionOnFreshRoot::SessionOnFreshRoot;
+
+    /// Opens a page and forgets what opening it did.
+    void open(const std::string& page)
+    {
+        session->open(page);
+        events();
+    }
+    void set(const std::string& key, PlistValue value) { session->set(key, std::move(value)); }
+    /// Stores a value as another process would, before the page reads it.
+    void store(const std::string& domain, const std::string& key, PlistValue value) { session->write(domain, key, std::move(value)); }
+    bool shows(const std::string& id) { auto ids = shownIds(); return std::find(ids.begin(), ids.end(), id) != ids.end(); }
+    /// Ids of the shown rows among the given ones, in shown order.
+    std::vector<std::string> shownOf(const std::vector<std::string>& ids)
+    {
+        std::vector<std::string> shown;
+        for (auto& id : shownIds())
+            if (std::find(ids.begin(), ids.end(), id) != ids.end())
+                shown.push_back(id);
+        return shown;
+    }
+    /// The insertions since the last call, as "id after anchor" (animated unless marked).
+    std::vector<std::string> insertions()
+    {
+        std::vector<std::string> lines;
+        for (auto& event : events("insert"))
+            lines.push_back(event["ids"][0].get<std::string>() + " after " + event["after"].get<std::string>() +
+                            (event["animated"].get<bool>() ? "" : " (unanimated)"));
+        return lines;
+    }
+    /// The removals since the last call, as ids ("(unanimated)" marked).
+    std::vector<std::string> removals()
+    {
+        std::vector<std::string> lines;
+        for (auto& event : events("remove"))
+            for (auto& id : event["ids"])
+                lines.push_back(id.get<std::string>() + (event["animated"].get<bool>() ? "" : " (unanimated)"));
+        return lines;
+    }
+    /// Confirms a reset on the page and lets the respring happen; the deleted paths.
+    std::vector<std::string> confirm(const std::string& action)
+    {
+        session->call(action);
+        session->alert("Confirm");
+        session->wait(1.5);
+        std::vector<std::string> deleted;
+        for (auto& event : events())
+            if (event["event"] == "delete")
+                deleted.push_back(event["path"]);
+            else if (event["event"] == "respring")
+                resprung = true;
+        return deleted;
+    }
+    bool resprung = false;
+};
+
+/// "a after b" lines for a chain: the first after anchor, each next after the one before.
+inline std::vector<std::string> chainLines(const std::vector<std::string>& ids, std::string anchor)
+{
+    std::vector<std::string> lines;
+    for (auto& id : ids) {
+        lines.push_back(id + " after " + anchor);
+        anchor = id;
+    }
+    return lines;
+}
+
+inline std::vector<std::string> unanimated(std::vector<std::string> ids)
+{
+    for (auto& id : ids)
+        id += " (unanimated)";
+    return ids;
+}
+
+}  // namespace test
