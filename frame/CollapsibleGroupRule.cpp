@@ -146,6 +146,18 @@ CollapsibleGroupRule& CollapsibleGroupRule::reloadAnimating()
     return *this;
 }
 
+CollapsibleGroupRule& CollapsibleGroupRule::reloadReading(std::string key)
+{
+    reloadKey = std::move(key);
+    return *this;
+}
+
+CollapsibleGroupRule& CollapsibleGroupRule::reloadHiding(std::vector<std::string> ids)
+{
+    reloadHides = std::move(ids);
+    return *this;
+}
+
 std::vector<std::string> CollapsibleGroupRule::childIds() const
 {
     std::vector<std::string> ids;

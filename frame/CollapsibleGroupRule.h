@@ -84,6 +84,10 @@ struct CollapsibleGroupRule {
 
     /// Whether the reload applies this rule.
     bool reloaded = true;
+    /// The key the reload reads, when a page's reload tests another key than its hook (empty: `key`).
+    std::string reloadKey;
+    /// The rows the reload removes, when they differ from what the hook hides (empty: `hides` rule).
+    std::vector<std::string> reloadHides;
     /// When the reload removes the rows; nothing means whenever the shown-when condition fails.
     std::optional<Condition> reloadRemovesWhen;
     /// The value the reload takes for an absent key (boolForKey:default:, integerForKey:default:).
@@ -105,6 +109,8 @@ struct CollapsibleGroupRule {
     CollapsibleGroupRule& reloadRemovingWhen(Condition condition);
     CollapsibleGroupRule& reloadDefaulting(PlistValue value);
     CollapsibleGroupRule& reloadAnimating();
+    CollapsibleGroupRule& reloadReading(std::string key);
+    CollapsibleGroupRule& reloadHiding(std::vector<std::string> ids);
 
     /// The ids of the children, in insertion order.
     std::vector<std::string> childIds() const;

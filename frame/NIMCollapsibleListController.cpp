@@ -109,7 +109,7 @@ void NIMCollapsibleListController::hide(const CollapsibleGroupRule& rule, bool a
 
 bool NIMCollapsibleListController::reloadRemoves(const CollapsibleGroupRule& rule, HBPreferences& preferences) const
 {
-    PlistValue stored = preferences.objectForKey(rule.key);
+    PlistValue stored = preferences.objectForKey(rule.reloadKey.empty() ? rule.key : rule.reloadKey);
     if (stored.isNil())
         stored = rule.reloadDefault;
     if (rule.reloadRemovesWhen)
@@ -119,8 +119,12 @@ bool NIMCollapsibleListController::reloadRemoves(const CollapsibleGroupRule& rul
 
 void NIMCollapsibleListController::pruneRule(const CollapsibleGroupRule& rule, HBPreferences& preferences)
 {
-    if (rule.reloaded && reloadRemoves(rule, preferences))
+    if (!rule.reloaded || !reloadRemoves(rule, preferences))
+        return;
+    if (rule.reloadHides.empty())
         hide(rule, rule.reloadAnimated);
+    else
+        remove(rule.reloadHides, rule.reloadAnimated);
 }
 
 const CollapsibleGroupRule& NIMCollapsibleListController::rule(std::string_view key) const

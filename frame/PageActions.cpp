@@ -17,4 +17,14 @@ PageAction postNotification(std::string name)
     };
 }
 
+PageAction showAlert(std::string message, std::vector<std::pair<std::string, UIAlertActionStyle>> buttons)
+{
+    return [message = std::move(message), buttons = std::move(buttons)](NIMCollapsibleListController& page) {
+        auto alert = UIAlertController::alertControllerWithTitle("Nimbra", message);
+        for (auto& [title, style] : buttons)
+            alert->addAction({title, style, nullptr});
+        page.presentViewController(alert, true);
+    };
+}
+
 }  // namespace PageActions

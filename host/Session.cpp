@@ -219,6 +219,28 @@ void Session::scroll(double y)
     page->scrollViewDidScroll(*table);
 }
 
+void Session::tapBarButton()
+{
+    auto button = requireTopPage()->navigationItem().rightBarButtonItem;
+    if (!button)
+        throw CommandError(topPage()->className() + " has no bar button");
+    button->tap();
+}
+
+void Session::relaunch()
+{
+    Options options = _process->options();
+    std::vector<EventLog::Event> unread = _process->events().drain();
+    // The old app's pages and blocks go with its process, as in the destructor.
+    _navigation.reset();
+    _process.reset();
+    _process = std::make_unique<Process>(std::move(options));
+    _navigation = NSObject::make<UINavigationController>();
+    for (auto& event : unread)
+        _process->events().record(std::move(event));
+    open("NIMRootListController");
+}
+
 Session::Json Session::show() const
 {
     auto page = requireTopPage();

@@ -53,6 +53,12 @@ public:
     void cancel();
     /// The top page's table reports the vertical offset y.
     void scroll(double y);
+    /// Taps the top page's right bar button (the respring button).
+    void tapBarButton();
+    /// The Settings app is launched afresh on the bundle ("prefs:root=Nimbra", as after a
+    /// respring): a new process with the same options, an empty navigation stack, and the root
+    /// page on it. Events not yet read stay in the log.
+    void relaunch();
 
     // What the screen and the disk show.
     Json show() const;

@@ -4,14 +4,23 @@
 #include "host/HostOptions.h"
 #include "host/Lint.h"
 #include "host/ScriptRunner.h"
+#include "host/Server.h"
 #include "host/Session.h"
 
+#include <csignal>
 #include <cstdlib>
 #include <fstream>
 #include <iostream>
 #include <optional>
+#include <pthread.h>
+#include <spawn.h>
 #include <string>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
 #include <vector>
+
+extern char** environ;
 
 namespace {
 
@@ -22,6 +31,10 @@ The Nimbra settings bundle, run against a Linux stand-in for the device.
 Commands:
   pages          list every page controller with its definition and domain
   script [FILE]  run a scripted session from FILE (or standard input)
+  serve [--port N] [--open]
+                 show the bundle in a browser: serves the pages and their JSON API on
+                 http://127.0.0.1:N/ (default port 8765; 0 picks a free one) until
+                 interrupted; --open also opens the address in the desktop's browser
   lint [--strict]
                  check every page definition against its controller; --strict also fails
                  on links to pages that are not available yet
@@ -132,6 +145,81 @@ int script(const Arguments& arguments, const char* argv0)
     return runScript(session, file, std::cout, std::cerr);
 }
 
+/// Opens the address in the desktop's browser, when the desktop has a way to.
+void openInBrowser(const std::string& address)
+{
+    for (const char* opener : {"xdg-open", "open"}) {
+        char* argv[] = {const_cast<char*>(opener), const_cast<char*>(address.c_str()), nullptr};
+        pid_t child = 0;
+        if (posix_spawnp(&child, opener, nullptr, nullptr, argv, environ) == 0) {
+            // The opener hands the address over and ends; do not leave it behind as a zombie.
+            std::thread([child] { waitpid(child, nullptr, 0); }).detach();
+            return;
+        }
+    }
+    std::cerr << "nimbra-prefs: no browser opener found; open " << address << " yourself\n";
+}
+
+int serve(const Arguments& arguments, const char* argv0)
+{
+    WebServer::Options options;
+    bool open = false;
+    for (std::size_t i = 0; i < arguments.rest.size(); ++i) {
+        const std::string& arg = arguments.rest[i];
+        if (arg == "--open") {
+            open = true;
+        } else if (arg == "--port") {
+            if (i + 1 >= arguments.rest.size())
+                usageError("--port needs a value");
+            const std::string& text = arguments.rest[++i];
+            char* end = nullptr;
+            long port = std::strtol(text.c_str(), &end, 10);
+            if (text.empty() || *end || port < 0 || port > 65535)
+                usageError("--port takes a port number from 0 to 65535, not \"" + text + "\"");
+            options.port = static_cast<int>(port);
+        } else {
+            usageError("serve takes only --port N and --open");
+        }
+    }
+    std::filesystem::path resources = resolveResources(argv0);
+    options.web = resources / "web";
+    options.icons = resources / "icons";
+
+    // Interrupts and terminations end the server from a thread of their own; every other thread
+    // (started below) inherits the blocked mask.
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGINT);
+    sigaddset(&signals, SIGTERM);
+    sigaddset(&signals, SIGHUP);
+    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+    std::signal(SIGPIPE, SIG_IGN);
+
+    WebServer server(
+        {
+            .root = resolveRoot(arguments.root),
+            .resources = resources,
+            .coreFoundationVersion = arguments.cfVersion,
+            .mainBundleIdentifier = arguments.hostBundle,
+            .clock = MainQueue::Clock::Real,
+        },
+        options);
+    server.bind();
+    std::cout << "nimbra-prefs: serving the Nimbra settings at " << server.address() << std::endl;
+    std::thread waiter([&server, signals] {
+        int signal = 0;
+        sigwait(&signals, &signal);
+        server.stop();
+    });
+    if (open)
+        openInBrowser(server.address());
+    bool served = server.run();
+    // Wake the waiter when serving ended for another reason than a signal.
+    pthread_kill(waiter.native_handle(), SIGTERM);
+    waiter.join();
+    return served ? 0 : 1;
+}
+
 }  // namespace
 
 int main(int argc, char** argv)
@@ -144,6 +232,8 @@ int main(int argc, char** argv)
             return script(arguments, argv[0]);
         if (arguments.command == "lint")
             return lint(arguments, argv[0]);
+        if (arguments.command == "serve")
+            return serve(arguments, argv[0]);
     } catch (const std::exception& error) {
         std::cerr << "nimbra-prefs: " << error.what() << '\n';
         return 1;
