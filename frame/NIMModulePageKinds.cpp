@@ -1,5 +1,7 @@
 #include "frame/NIMModulePageKinds.h"
 
+#include "frame/NIMPageKinds.h"
+
 namespace NIMModulePageKinds {
 
 std::vector<CollapsibleGroupRule> root(int children)
@@ -51,12 +53,9 @@ std::vector<CollapsibleGroupRule> actions()
     };
 }
 
-std::vector<CollapsibleGroupRule> informationToShow(const std::vector<Information>& items)
+std::vector<CollapsibleGroupRule> informationToShow(const std::vector<NIMPageKinds::Switch>& items)
 {
-    std::vector<CollapsibleGroupRule> rules;
-    for (const Information& item : items)
-        rules.push_back(when(item.key, Condition::on()).editedBy(item.parent).chain(item.children, item.parent));
-    return rules;
+    return NIMPageKinds::switches(items);
 }
 
 }  // namespace NIMModulePageKinds

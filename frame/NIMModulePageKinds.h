@@ -3,6 +3,7 @@
 // a module's page states which kind it is, with its own bounds.
 
 #include "frame/CollapsibleGroupRule.h"
+#include "frame/NIMPageKinds.h"
 
 #include <string>
 #include <vector>
@@ -36,11 +37,6 @@ std::vector<CollapsibleGroupRule> colorSwitches(const std::vector<std::string>& 
 std::vector<CollapsibleGroupRule> actions();
 
 /// One switch per piece of information: "<key>" shows its children chained from its parent.
-struct Information {
-    std::string key;
-    std::string parent;
-    std::vector<std::string> children;
-};
-std::vector<CollapsibleGroupRule> informationToShow(const std::vector<Information>& items);
+std::vector<CollapsibleGroupRule> informationToShow(const std::vector<NIMPageKinds::Switch>& items);
 
 }  // namespace NIMModulePageKinds
