@@ -1,0 +1,54 @@
+#pragma once
+// `nimbra-prefs serve`: the bundle in a browser. One Session on the real clock, shown by the page
+// application in resources/web/ and driven through a small JSON API on 127.0.0.1. The browser is
+// only the screen and the finger: every decision stays with the session's pages.
+//
+// Safe by default: the server listens on the loopback address only and refuses requests whose
+// Host is not that address and port, whose Origin (when there is one) is another site, whose
+// body is over the limit or whose JSON is malformed. A refused request never stops the server.
+
+#include "host/Session.h"
+
+#include <cstddef>
+#include <filesystem>
+#include <memory>
+#include <string>
+
+class WebServer {
+public:
+    struct Options {
+        /// The TCP port on 127.0.0.1; 0 picks a free one.
+        int port = 8765;
+        /// The page application's static files (index.html, app.js, ...).
+        std::filesystem::path web;
+        /// The bundle's icons, served below /icons/.
+        std::filesystem::path icons;
+        /// Largest JSON request body, and largest uploaded image.
+        std::size_t jsonLimit = 64 * 1024;
+        std::size_t imageLimit = 16 * 1024 * 1024;
+        /// How many events /api/events keeps for browsers that are behind.
+        std::size_t eventHistory = 4096;
+        /// How often the session's main queue runs what fell due.
+        double tickSeconds = 0.05;
+    };
+
+    /// Makes the session (on the real clock, whatever the options say) and the routes.
+    WebServer(Session::Options session, Options options);
+    ~WebServer();
+    WebServer(const WebServer&) = delete;
+    WebServer& operator=(const WebServer&) = delete;
+
+    /// Binds 127.0.0.1 and the port; throws std::runtime_error when the port cannot be had.
+    /// Returns the port bound.
+    int bind();
+    /// "http://127.0.0.1:PORT/".
+    std::string address() const;
+    /// Serves (and runs the session's clock) until stop(). Returns false when serving failed.
+    bool run();
+    /// Ends run() from any thread.
+    void stop();
+
+private:
+    struct Impl;
+    std::unique_ptr<Impl> _impl;
+};
