@@ -90,3 +90,9 @@ NIMReset groupColorsReset(const std::string& name, const std::string& suffix)
 {
     return {"Do you really want to reset " + name + " Colors?", {deleteFile(NimbraDomains::groupFile(suffix, ".colors"))}};
 }
+
+NIMReset closingApp(NIMReset reset)
+{
+    reset.then = NIMReset::Then::CloseApp;
+    return reset;
+}

@@ -60,3 +60,5 @@ NIMReset groupSettingsReset(const std::string& name, const std::string& suffix, 
 /// The usual colour reset: "Do you really want to reset <name> Colors?"; deletes the colour file
 /// (the colour domain is not cleared first).
 NIMReset groupColorsReset(const std::string& name, const std::string& suffix);
+/// The same reset, closing the page's app instead of respringing (the stock app pages).
+NIMReset closingApp(NIMReset reset);
