@@ -116,6 +116,13 @@ CollapsibleGroupRule& CollapsibleGroupRule::nests(std::vector<std::string> keys)
     return *this;
 }
 
+CollapsibleGroupRule& CollapsibleGroupRule::onlyWhenRow(std::string rowId, Condition condition)
+{
+    requiredRow = std::move(rowId);
+    requiredCondition = std::move(condition);
+    return *this;
+}
+
 CollapsibleGroupRule& CollapsibleGroupRule::hiding(std::vector<std::string> ids)
 {
     hides = std::move(ids);

@@ -76,6 +76,10 @@ struct CollapsibleGroupRule {
     bool guardNeverCaptured = false;
     /// No presence test at all: a repeated change inserts the rows again.
     bool unguarded = false;
+    /// A further condition for inserting: the value of another row must satisfy it (the row's id and
+    /// the condition); empty id for none.
+    std::string requiredRow;
+    std::optional<Condition> requiredCondition;
     /// Names of rules re-applied, from the values of their rows, after this rule's children are in.
     std::vector<std::string> nested;
     /// The rows removed when the condition fails; empty means the children, then the rows the
@@ -104,6 +108,7 @@ struct CollapsibleGroupRule {
     CollapsibleGroupRule& guardedOnUncaptured(std::string id);
     CollapsibleGroupRule& withoutGuard();
     CollapsibleGroupRule& nests(std::vector<std::string> keys);
+    CollapsibleGroupRule& onlyWhenRow(std::string rowId, Condition condition);
     CollapsibleGroupRule& hiding(std::vector<std::string> ids);
     CollapsibleGroupRule& notReloaded();
     CollapsibleGroupRule& reloadRemovingWhen(Condition condition);

@@ -87,6 +87,8 @@ bool NIMCollapsibleListController::show(const CollapsibleGroupRule& rule)
     std::string guard = rule.guardId();
     if (!guard.empty() && isShown(guard))
         return false;
+    if (rule.requiredCondition && !rule.requiredCondition->holds(valueOfRow(rule.requiredRow)))
+        return false;
     for (auto& child : rule.children)
         insert(child.id, child.after);
     showNested(rule.nested);

@@ -55,8 +55,8 @@ protected:
 
     /// Shows or hides a rule's rows for a value, as the value hook does.
     void apply(const CollapsibleGroupRule& rule, const PlistValue& value);
-    /// Inserts a rule's children (unless its guard row is shown), then its nested rules whose rows'
-    /// values hold. False when the guard stopped it.
+    /// Inserts a rule's children (unless its guard row is shown, or the row it requires does not
+    /// hold), then its nested rules whose rows' values hold. False when nothing was inserted.
     bool show(const CollapsibleGroupRule& rule);
     /// Removes the rows a rule hides, one at a time.
     void hide(const CollapsibleGroupRule& rule, bool animated = true);

@@ -216,6 +216,10 @@ private:
                     problem(who + " re-applies \"" + name + "\", which the page has no rule for");
             for (auto& id : rule.hides)
                 requireId(id, who + " hides");
+            for (auto& id : rule.reloadHides)
+                requireId(id, who + " hides on reload");
+            if (!rule.requiredRow.empty())
+                requireId(rule.requiredRow, who + " reads");
         }
     }
 
