@@ -26,12 +26,14 @@ public:
         , _strict(strict)
         , _result(result)
     {
-        load(resources / (_page.definition + ".plist"));
+        if (!_page.definition.empty())
+            load(resources / (_page.definition + ".plist"));
     }
 
     void run()
     {
-        if (_items.empty() && _loadFailed)
+        // Pages built at run time have no definition to hold to their rules.
+        if (_page.definition.empty() || (_items.empty() && _loadFailed))
             return;
         checkRows();
         checkRules();

@@ -152,6 +152,14 @@ void runScriptLine(Session& session, std::string_view line, std::ostream& out)
     } else if (command == "cancel") {
         requireEnd(rest);
         session.cancel();
+    } else if (command == "move") {
+        PlistValue from = parseScriptValue(requireWord(rest, "source row"));
+        PlistValue to = parseScriptValue(requireWord(rest, "destination row"));
+        requireEnd(rest);
+        if (from.kind() != PlistValue::Kind::Integer || to.kind() != PlistValue::Kind::Integer || from.integerValue() < 0 ||
+            to.integerValue() < 0)
+            throw CommandError("move takes two row indexes");
+        session.move(static_cast<std::size_t>(from.integerValue()), static_cast<std::size_t>(to.integerValue()));
     } else if (command == "scroll") {
         PlistValue y = parseScriptValue(requireWord(rest, "offset"));
         requireEnd(rest);

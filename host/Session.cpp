@@ -211,6 +211,28 @@ void Session::cancel()
     throw CommandError("no picker is shown");
 }
 
+void Session::move(std::size_t from, std::size_t to)
+{
+    auto page = requireTopPage();
+    auto& rows = page->specifiers();
+    // The section that holds the movable rows: from the group row before the first of them to the next group row.
+    std::size_t first = rows.size();
+    for (std::size_t i = 0; i < rows.size() && first == rows.size(); ++i)
+        if (auto cell = page->cellForSpecifier(rows[i]); cell && cell->showsReorderControl())
+            first = i;
+    if (first == rows.size())
+        throw CommandError(page->className() + " shows no movable rows");
+    std::size_t start = first;
+    while (start > 0 && rows[start - 1]->cellType() != PSCellType::Group)
+        --start;
+    std::size_t end = first;
+    while (end < rows.size() && rows[end]->cellType() != PSCellType::Group)
+        ++end;
+    if (!page->moveRow(start, end - start, from, to))
+        throw CommandError("the section has rows 0 to " + std::to_string(end - start - 1) + ", not " + std::to_string(from) +
+                           " and " + std::to_string(to));
+}
+
 void Session::scroll(double y)
 {
     auto page = requireTopPage();

@@ -51,6 +51,9 @@ public:
     void image(const std::filesystem::path& path);
     /// Cancels the picker being shown (image picker, mail composer, or an app picker on top).
     void cancel();
+    /// Drags the shown row at index `from` to index `to`, counted from 0 over the rows of the table
+    /// section that holds the movable rows.
+    void move(std::size_t from, std::size_t to);
     /// The top page's table reports the vertical offset y.
     void scroll(double y);
     /// Taps the top page's right bar button (the respring button).

@@ -148,6 +148,19 @@ void PSListController::removeContiguousSpecifiers(const SpecifierArray& specifie
         Process::current().events().record({{"event", "remove"}, {"ids", identifiers(removed)}, {"animated", animated}});
 }
 
+bool PSListController::moveRow(std::size_t sectionStart, std::size_t sectionLength, std::size_t from, std::size_t to)
+{
+    if (!_specifiers || from >= sectionLength || to >= sectionLength || sectionStart + sectionLength > _specifiers->size())
+        return false;
+    auto& rows = *_specifiers;
+    auto moved = rows[sectionStart + from];
+    rows.erase(rows.begin() + static_cast<std::ptrdiff_t>(sectionStart + from));
+    rows.insert(rows.begin() + static_cast<std::ptrdiff_t>(sectionStart + to), moved);
+    Process::current().events().record({{"event", "move"}, {"from", from}, {"to", to}});
+    tableViewMoveRowAtIndexPath(from, to);
+    return true;
+}
+
 void PSListController::reloadSpecifiers()
 {
     _specifiers.reset();

@@ -58,6 +58,17 @@ public:
     std::shared_ptr<PSTableCell> cellForSpecifier(const std::shared_ptr<PSSpecifier>& specifier);
     /// The header view the table shows above a group row that names a "headerCellClass".
     std::shared_ptr<UIView> headerViewForSpecifier(const std::shared_ptr<PSSpecifier>& specifier);
+    /// The user drags a row of a section from one index to another (both counted from 0 over the
+    /// section's rows): the table moves the row, records {"event":"move","from":F,"to":T}, then tells
+    /// the page (tableView:moveRowAtIndexPath:toIndexPath:). False when the indexes are out of range.
+    bool moveRow(std::size_t sectionStart, std::size_t sectionLength, std::size_t from, std::size_t to);
+    /// The page's answer to a moved row (indexes within the section).
+    virtual void tableViewMoveRowAtIndexPath(std::size_t from, std::size_t to)
+    {
+        (void)from;
+        (void)to;
+    }
+
     /// Called by the table's scroll view when the user scrolls.
     virtual void scrollViewDidScroll(UIScrollView& scrollView) { (void)scrollView; }
 
