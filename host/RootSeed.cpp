@@ -30,6 +30,48 @@ const std::pair<const char*, const char*> kStockApps[] = {
     {"com.apple.Passbook", "Wallet"},           {"com.apple.weather", "Weather"},
 };
 
+// Control Center modules: (folder, bundle name, identifier, display name, localised display name).
+struct Module {
+    const char* folder;
+    const char* bundle;
+    const char* identifier;
+    const char* displayName;
+    const char* localizedName;
+};
+const Module kModules[] = {
+    {"System/Library/ControlCenter/Bundles", "ConnectivityModule", "com.apple.control-center.ConnectivityModule", nullptr, nullptr},
+    {"System/Library/ControlCenter/Bundles", "OrientationLockModule", "com.apple.control-center.OrientationLockModule", nullptr, nullptr},
+    {"System/Library/ControlCenter/Bundles", "DoNotDisturbModule", "com.apple.donotdisturb.DoNotDisturbModule", nullptr, nullptr},
+    {"System/Library/ControlCenter/Bundles", "FlashlightModule", "com.apple.control-center.FlashlightModule", nullptr, "Flashlight"},
+    {"System/Library/ControlCenter/Bundles", "CalculatorModule", "com.apple.control-center.CalculatorModule", "Calculator", nullptr},
+    {"System/Library/ControlCenter/Bundles", "LowPowerModule", "com.apple.control-center.LowPowerModule", nullptr, "Low Power Mode"},
+    {"System/Library/ControlCenter/Bundles", "CameraModule", "com.apple.control-center.CameraModule", "Camera", nullptr},
+    {"Library/ControlCenter/Bundles", "NimbraPowerModule", "com.veltram.nimbrapowercontrolmodule", "Power", nullptr},
+    {"Library/ControlCenter/Bundles", "NimbraScreenshotModule", "com.veltram.nimbrascreenshotmodule", "Screenshot", nullptr},
+};
+
+void writePlist(const fs::path& path, PlistValue value)
+{
+    AtomicFile::write(path, PropertyListSerialization::dataWithPropertyList(value, PropertyListSerialization::Format::XML));
+}
+
+void seedControlCenter(const fs::path& root)
+{
+    PlistArray enabled;
+    for (const Module& module : kModules) {
+        fs::path bundle = root / module.folder / (std::string(module.bundle) + ".bundle");
+        PlistDictionary info{{"CFBundleIdentifier", PlistValue(module.identifier)}, {"CFBundleName", PlistValue(module.bundle)}};
+        if (module.displayName)
+            info["CFBundleDisplayName"] = PlistValue(module.displayName);
+        writePlist(bundle / "Info.plist", PlistValue(info));
+        if (module.localizedName)
+            writePlist(bundle / "en.lproj/InfoPlist.strings", PlistValue(PlistDictionary{{"CFBundleDisplayName", PlistValue(module.localizedName)}}));
+        enabled.push_back(PlistValue(module.identifier));
+    }
+    writePlist(root / "var/mobile/Library/ControlCenter/ModuleConfiguration.plist",
+               PlistValue(PlistDictionary{{"module-identifiers", PlistValue(enabled)}}));
+}
+
 }  // namespace
 
 void seedRoot(const fs::path& root)
@@ -40,7 +82,7 @@ void seedRoot(const fs::path& root)
         return;
     fs::create_directories(root, ec);
     fs::path system = root / ".rootfs";
-    // The system volume's frameworks (stand-ins: the platform layer defines their symbols).
+    // The system volume's frameworks (stand-ins: the platform layer defines their symbols and classes).
     for (const char* framework : {"System/Library/PrivateFrameworks/BackBoardServices.framework/BackBoardServices",
                                   "System/Library/PrivateFrameworks/ControlCenterServices.framework/ControlCenterServices"})
         AtomicFile::write(system / framework, "Mach-O stand-in\n");
@@ -50,5 +92,6 @@ void seedRoot(const fs::path& root)
         apps.push_back(PlistValue(PlistDictionary{{"CFBundleIdentifier", PlistValue(identifier)}, {"CFBundleDisplayName", PlistValue(name)}}));
     AtomicFile::write(system / "var/mobile/Library/MobileInstallation/InstalledApplications.plist",
                       PropertyListSerialization::dataWithPropertyList(PlistValue(std::move(apps)), PropertyListSerialization::Format::XML));
+    seedControlCenter(root);
     AtomicFile::write(marker, "");
 }
