@@ -1,0 +1,181 @@
+// Shared by the browser tests: a `nimbra-prefs serve` on a free port over a fresh root, a headless
+// Chromium driven by playwright-core, screenshots into the build folder, and scripted sessions to
+// compare against.
+
+import { spawn, spawnSync } from 'node:child_process';
+import fs from 'node:fs';
+import http from 'node:http';
+import os from 'node:os';
+import path from 'node:path';
+import { fileURLToPath } from 'node:url';
+
+const here = path.dirname(fileURLToPath(import.meta.url));
+export const sourceDir = path.resolve(here, '../..');
+
+/** The program under test: $NIMBRA_PREFS_EXE (CTest sets it), else build/nimbra-prefs. */
+export const exe = process.env.NIMBRA_PREFS_EXE || path.join(sourceDir, 'build', 'nimbra-prefs');
+const buildDir = process.env.NIMBRA_BUILD_DIR || path.dirname(exe);
+export const screenshotDir = path.join(buildDir, 'screenshots');
+const chromiumPath = process.env.NIMBRA_CHROMIUM || '/usr/bin/chromium';
+
+if (!fs.existsSync(exe)) throw new Error(`nimbra-prefs not found at ${exe} (set NIMBRA_PREFS_EXE)`);
+
+export function tempRoot(prefix = 'nimbra-web-') {
+  return fs.mkdtempSync(path.join(os.tmpdir(), prefix));
+}
+
+/** Starts `nimbra-prefs serve --port 0` over root (a fresh one when not given). */
+export async function startServer({ root = tempRoot(), args = [], env = {} } = {}) {
+  const child = spawn(exe, ['--root', root, 'serve', '--port', '0', ...args], {
+    env: { ...process.env, ...env },
+    stdio: ['ignore', 'pipe', 'pipe'],
+  });
+  let stderr = '';
+  child.stderr.on('data', (chunk) => (stderr += chunk));
+  const url = await new Promise((resolve, reject) => {
+    let stdout = '';
+    const timer = setTimeout(() => reject(new Error(`serve printed no address: ${stdout}${stderr}`)), 15000);
+    child.stdout.on('data', (chunk) => {
+      stdout += chunk;
+      const match = stdout.match(/http:\/\/127\.0\.0\.1:(\d+)\//);
+      if (match) {
+        clearTimeout(timer);
+        resolve(match[0]);
+      }
+    });
+    child.on('exit', (code) => reject(new Error(`serve exited with ${code}: ${stderr}`)));
+  });
+  const port = Number(new URL(url).port);
+  return {
+    url,
+    port,
+    root,
+    child,
+    stderr: () => stderr,
+    async api(method, route, body) {
+      const response = await fetch(new URL(route, url), {
+        method,
+        headers: body === undefined ? {} : { 'Content-Type': 'application/json' },
+        body: body === undefined ? undefined : JSON.stringify(body),
+      });
+      return { status: response.status, body: await response.json() };
+    },
+    async state() {
+      return (await this.api('GET', '/api/state')).body;
+    },
+    async stop() {
+      if (child.exitCode !== null) return child.exitCode;
+      const exited = new Promise((resolve) => child.once('exit', (code, signal) => resolve(code ?? signal)));
+      child.kill('SIGTERM');
+      return exited;
+    },
+  };
+}
+
+/** One raw HTTP request, with whatever headers a test wants (fetch will not send a foreign Host). */
+export function rawRequest(port, { method = 'GET', path: route = '/', headers = {}, body } = {}) {
+  return new Promise((resolve, reject) => {
+    const request = http.request({ host: '127.0.0.1', port, method, path: route, headers }, (response) => {
+      let data = '';
+      response.setEncoding('utf8');
+      response.on('data', (chunk) => (data += chunk));
+      response.on('end', () => {
+        let json = null;
+        try {
+          json = JSON.parse(data);
+        } catch {
+          // not JSON; the test says so
+        }
+        resolve({ status: response.statusCode, headers: response.headers, text: data, json });
+      });
+    });
+    request.on('error', reject);
+    if (body !== undefined) request.write(body);
+    request.end();
+  });
+}
+
+export async function launchBrowser() {
+  const { chromium } = await import('playwright-core');
+  if (!fs.existsSync(chromiumPath)) throw new Error(`Chromium not found at ${chromiumPath} (apt-get install chromium)`);
+  return chromium.launch({
+    executablePath: chromiumPath,
+    args: [
+      '--headless', '--no-sandbox', '--disable-gpu', '--disable-quic', '--no-first-run',
+      '--disable-background-networking', '--disable-component-update', '--disable-sync',
+    ],
+  });
+}
+
+/** A fresh browser context on the server's page, with script errors failing the test. */
+export async function openApp(browser, server) {
+  const context = await browser.newContext({ viewport: { width: 520, height: 900 } });
+  const page = await context.newPage();
+  const errors = [];
+  page.on('pageerror', (error) => errors.push(error.message));
+  await page.goto(server.url);
+  await page.locator('.page.current').waitFor();
+  page.scriptErrors = errors;
+  return page;
+}
+
+export async function screenshot(page, name) {
+  fs.mkdirSync(screenshotDir, { recursive: true });
+  const file = path.join(screenshotDir, `${name}.png`);
+  await page.screenshot({ path: file });
+  return file;
+}
+
+/** The page on top of the navigation stack. */
+export function current(page) {
+  return page.locator('.page.current');
+}
+
+/** Waits until the session's state (read through the API) satisfies predicate. */
+export async function waitForState(server, predicate, timeout = 10000) {
+  const end = Date.now() + timeout;
+  let state;
+  while (Date.now() < end) {
+    state = await server.state();
+    if (predicate(state)) return state;
+    await new Promise((resolve) => setTimeout(resolve, 50));
+  }
+  throw new Error(`the session never reached the expected state; last: ${JSON.stringify(state).slice(0, 2000)}`);
+}
+
+/** Runs `nimbra-prefs script` over root with these lines; its output lines as JSON. */
+export function runScript(root, lines) {
+  const result = spawnSync(exe, ['--root', root, 'script'], { input: lines.join('\n') + '\n', encoding: 'utf8' });
+  const output = result.stdout.split('\n').filter(Boolean).map((line) => JSON.parse(line));
+  if (result.status !== 0) throw new Error(`script failed (${result.status}): ${result.stdout}${result.stderr}`);
+  return output;
+}
+
+/** The device paths of every file below a folder of root (a device path such as /var/jb/var/mobile/...). */
+export function deviceFiles(root, folder) {
+  const hostFolder = path.join(root, folder.replace(/^\/var\/jb\/?/, ''));
+  if (!fs.existsSync(hostFolder)) return [];
+  return fs.readdirSync(hostFolder).sort().map((name) => `${folder.replace(/\/$/, '')}/${name}`);
+}
+
+/** The host path of a device path below /var/jb. */
+export function hostPath(root, devicePath) {
+  return path.join(root, devicePath.replace(/^\/var\/jb\/?/, ''));
+}
+
+/** The row of the state's top page with this id, key or label. */
+export function rowOf(state, { id, key, label }) {
+  return state.page.rows.find(
+    (row) => (id && row.properties.id === id) || (key && row.properties.key === key) || (label && row.label === label),
+  );
+}
+
+/** The ids of the shown rows, in order. */
+export function shownIds(state) {
+  return state.page.rows.map((row) => row.properties.id).filter(Boolean);
+}
+
+/** Lets the page's poll and animations settle. */
+export function settle(page, ms = 500) {
+  return page.waitForTimeout(ms);
+}

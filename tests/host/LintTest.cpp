@@ -1,0 +1,87 @@
+// The consistency check of the page definitions: the bundle passes it strictly, and a definition
+// that lacks what its controller needs fails it with a message naming page, id or key.
+
+#include "TestSupport.h"
+
+#include "platform/PropertyListSerialization.h"
+
+#include <gtest/gtest.h>
+
+#include <sys/wait.h>
+
+#include <cstdio>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+struct LintRun {
+    int status;
+    std::string output;
+};
+
+LintRun lint(const fs::path& resources)
+{
+    std::string command = "NIMBRA_RESOURCES='" + resources.string() + "' '" NIMBRA_PREFS_EXE "' lint --strict 2>&1";
+    FILE* pipe = ::popen(command.c_str(), "r");
+    std::string output;
+    char buffer[4096];
+    while (std::size_t n = std::fread(buffer, 1, sizeof buffer, pipe))
+        output.append(buffer, n);
+    int status = ::pclose(pipe);
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, output};
+}
+
+void edit(const fs::path& file, const std::function<void(PlistArray&)>& change)
+{
+    auto definition = PropertyListSerialization::propertyListWithData(test::readFile(file))->dictionaryValue();
+    PlistArray items = definition["items"].arrayValue();
+    change(items);
+    definition["items"] = PlistValue(items);
+    test::writeFile(file, PropertyListSerialization::dataWithPropertyList(PlistValue(definition), PropertyListSerialization::Format::XML));
+}
+
+}  // namespace
+
+TEST(Lint, EveryPageOfTheBundlePassesStrictly)
+{
+    auto run = lint(NIMBRA_RESOURCES_DIR);
+    EXPECT_EQ(run.status, 0) << run.output;
+    EXPECT_NE(run.output.find(", 0 problems"), std::string::npos) << run.output;
+}
+
+TEST(Lint, AMissingChildAWrongRoleAndAStrayDomainAreNamed)
+{
+    test::TempDir resources;
+    fs::copy(NIMBRA_RESOURCES_DIR, resources.path(), fs::copy_options::recursive);
+    edit(resources / "pages/Modules/CPUInfoRoot.plist", [](PlistArray& items) {
+        std::erase_if(items, [](auto& item) { return item["id"].stringValue() == "topLevelChild14"; });
+    });
+    edit(resources / "pages/SpringBoard/HomeScreenDock.plist", [](PlistArray& items) {
+        for (auto& item : items)
+            if (item["id"].stringValue() == "topLevelChild4") {
+                PlistDictionary row = item.dictionaryValue();
+                row["key"] = PlistValue("dockColorMode");
+                item = PlistValue(row);
+            }
+    });
+    edit(resources / "pages/SystemApps/Safari.plist", [](PlistArray& items) {
+        for (auto& item : items)
+            if (!item["key"].isNil()) {
+                PlistDictionary row = item.dictionaryValue();
+                row["defaults"] = PlistValue("com.veltram.nimbraprefs.music");
+                item = PlistValue(row);
+                break;
+            }
+    });
+    auto run = lint(resources.path());
+    EXPECT_EQ(run.status, 1);
+    EXPECT_NE(run.output.find("NIMCPUInfoRootPrefsListController (pages/Modules/CPUInfoRoot): id \"topLevelChild14\" that rule \"enabled\" shows is missing"),
+              std::string::npos)
+        << run.output;
+    EXPECT_NE(run.output.find("rule \"oneColor\": row \"topLevelChild4\" should edit \"dockBGColorMode\" but edits \"dockColorMode\""),
+              std::string::npos)
+        << run.output;
+    EXPECT_NE(run.output.find("NIMSafariPrefsListController (pages/SystemApps/Safari): row"), std::string::npos) << run.output;
+    EXPECT_NE(run.output.find("which is not one of the page's domains"), std::string::npos) << run.output;
+}
