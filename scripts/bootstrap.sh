@@ -1,6 +1,8 @@
 #!/usr/bin/env bash
-# Installs every Debian package the build, the tests and the tools need, when missing.
+# Installs every Debian package the build, the tests and the tools need, when missing, and the
+# browser tests' node packages (package-lock.json) when node_modules is missing or stale.
 set -euo pipefail
+cd "$(dirname "$0")/.."
 
 packages=(
   build-essential cmake pkg-config
@@ -11,7 +13,10 @@ packages=(
   nlohmann-json3-dev            # JSON for the script and browser hosts
   libgtest-dev libgmock-dev     # unit and end-to-end tests
   libbenchmark-dev              # benchmarks
+  chromium                      # the browser tests' headless browser
 )
+# Node.js runs the browser tests; the machine's own (any packaging) will do.
+command -v node >/dev/null 2>&1 || packages+=(nodejs npm)
 
 missing=()
 for p in "${packages[@]}"; do
@@ -24,4 +29,14 @@ if ((${#missing[@]})); then
   [ "$(id -u)" -eq 0 ] || sudo_cmd=(sudo)
   "${sudo_cmd[@]}" apt-get update -qq
   DEBIAN_FRONTEND=noninteractive "${sudo_cmd[@]}" apt-get install -y -qq "${missing[@]}"
+fi
+
+# playwright-core for the browser tests, exactly as package-lock.json pins it (never a browser
+# download: the tests drive Debian's Chromium).
+lock_sum=$(sha256sum package-lock.json | cut -d' ' -f1)
+stamp=node_modules/.nimbra-package-lock.sha256
+if [ ! -f "$stamp" ] || [ "$(cat "$stamp")" != "$lock_sum" ]; then
+  echo "bootstrap: installing the browser tests' node packages"
+  PLAYWRIGHT_SKIP_BROWSER_DOWNLOAD=1 npm ci --no-audit --no-fund --loglevel=error
+  echo "$lock_sum" > "$stamp"
 fi

@@ -1,6 +1,8 @@
 #!/usr/bin/env bash
-# Sets everything up and runs the main job: a scripted tour of the bundle's pages.
+# Sets everything up and runs the main job: the bundle in a browser. Builds, then serves the pages
+# on http://127.0.0.1:8765/ (over the default root) until interrupted; arguments go to `serve`
+# (--port N, --open).
 set -euo pipefail
 cd "$(dirname "$0")/.."
 bash scripts/build.sh
-exec build/nimbra-prefs script resources/tour.nps
+exec build/nimbra-prefs serve "$@"

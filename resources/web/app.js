@@ -216,6 +216,8 @@ function showPage(page, previous, state) {
     $('#pages').append(view.element);
   }
   view.element.classList.remove('hidden');
+  for (const other of document.querySelectorAll('.page.current')) other.classList.remove('current');
+  view.element.classList.add('current');
   transition(oldView, view, direction);
   return view;
 }
