@@ -179,3 +179,58 @@ export function shownIds(state) {
 export function settle(page, ms = 500) {
   return page.waitForTimeout(ms);
 }
+
+/** Taps the link (or button) row with this label on the current page and waits for the next page. */
+export async function follow(page, server, label) {
+  const before = (await server.state()).stack.length;
+  await current(page).getByRole('button', { name: label, exact: true }).first().click();
+  const state = await waitForState(server, (s) => s.stack.length === before + 1);
+  await page.locator(`.page.current[data-page="${state.page.page}"]`).waitFor();
+  return state;
+}
+
+/** Flips the switch row with this label on the current page to on (or off) and waits for the session. */
+export async function setSwitch(page, server, label, on = true) {
+  const toggle = current(page).getByRole('switch', { name: label, exact: true });
+  if (on) await toggle.check();
+  else await toggle.uncheck();
+  return waitForState(server, (s) => s.page.rows.some((row) => row.label === label && row.value === on));
+}
+
+/** A small PNG (RGBA, a vertical gradient), encoded here so the tests need no image files. */
+export async function makePng(width, height) {
+  const { deflateSync } = await import('node:zlib');
+  const crcTable = Array.from({ length: 256 }, (_, n) => {
+    let c = n;
+    for (let k = 0; k < 8; k++) c = c & 1 ? 0xedb88320 ^ (c >>> 1) : c >>> 1;
+    return c >>> 0;
+  });
+  const crc = (bytes) => {
+    let c = 0xffffffff;
+    for (const byte of bytes) c = crcTable[(c ^ byte) & 0xff] ^ (c >>> 8);
+    return (c ^ 0xffffffff) >>> 0;
+  };
+  const chunk = (type, data) => {
+    const length = Buffer.alloc(4);
+    length.writeUInt32BE(data.length);
+    const body = Buffer.concat([Buffer.from(type, 'ascii'), data]);
+    const sum = Buffer.alloc(4);
+    sum.writeUInt32BE(crc(body));
+    return Buffer.concat([length, body, sum]);
+  };
+  const header = Buffer.alloc(13);
+  header.writeUInt32BE(width, 0);
+  header.writeUInt32BE(height, 4);
+  header.set([8, 6, 0, 0, 0], 8); // 8-bit RGBA
+  const raw = Buffer.alloc((width * 4 + 1) * height);
+  for (let y = 0; y < height; y++) {
+    const row = y * (width * 4 + 1);
+    for (let x = 0; x < width; x++) raw.set([255 - (y * 255) / height, 80, (y * 255) / height, 255], row + 1 + x * 4);
+  }
+  return Buffer.concat([
+    Buffer.from([0x89, 0x50, 0x4e, 0x47, 0x0d, 0x0a, 0x1a, 0x0a]),
+    chunk('IHDR', header),
+    chunk('IDAT', deflateSync(raw)),
+    chunk('IEND', Buffer.alloc(0)),
+  ]);
+}
