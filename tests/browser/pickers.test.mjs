@@ -108,7 +108,7 @@ for (const { library, expected } of LIBRARIES) {
       await screenshot(page, `colour-editor-${library ?? 'none'}`);
       await editor.getByRole('button', { name: 'Done' }).click();
 
-      const state = await waitForState(server, (s) => rowOf(s, { label: 'Text Color', id: 'topLevelChild' })?.value === expected);
+      const state = await waitForState(server, (s) => rowOf(s, { id: 'topLevelChild' })?.value === expected);
       assert.equal(stored(root, 'com.veltram.nimbraprefs.cpuinfo.colors').textColor, expected);
       const row = state.page.rows.find((r) => r.label === 'Text Color' && r.cell === 'PSLinkCell');
       assert.equal(row.cellClass, library ? { libcolorpicker: 'HBColorPickerTableCell', libsparkcolourpicker: 'SparkColourPickerCell', libCSColorPicker: 'CSColorDisplayCell' }[library] : null);
@@ -137,10 +137,13 @@ const IMAGE_FILE = '/var/jb/var/mobile/Library/Nimbra/ControlCenterBackgroundLig
 /** Reaches the Control Center page's picture rows through the pages, or says why it cannot. */
 async function reachImageRow(page, server) {
   await setSwitch(page, server, 'Enable Nimbra');
-  if (!(await current(page).getByRole('button', { name: 'Control Center', exact: true }).count())) return 'the root page has no Control Center link';
+  const link = current(page).getByRole('button', { name: 'Control Center', exact: true });
+  await link.waitFor({ timeout: 3000 }).catch(() => {});
+  if (!(await link.count())) return 'the root page has no Control Center link';
   await follow(page, server, 'Control Center');
   await setSwitch(page, server, 'Enabled');
-  const image = current(page).getByRole('radio', { name: 'Image' });
+  const image = current(page).getByRole('radio', { name: 'Image', exact: true });
+  await image.waitFor({ timeout: 3000 }).catch(() => {});
   if (!(await image.count())) return 'the Control Center page has no Image background';
   await image.click();
   await waitForState(server, (s) => s.page.rows.some((row) => row.cellClass === 'NimbraImagePicker'));
