@@ -4,7 +4,7 @@
 //   SparkColourPickerCell   "#RRGGBB:A.AA" (alpha always, two decimals); its store is the
 //                           "libsparkcolourpicker" option set, not the row's own "key"
 //   CSColorDisplayCell      "AARRGGBB", upper case, no "#"
-//   no library              "#RRGGBB" as Cephei's cell
+//   no library              as Cephei's cell (HBColorPickerTableCell)
 // A stored value may have been written by any of them (the library can change), so reading
 // accepts every form.
 
@@ -83,10 +83,8 @@ export function formatColour(colour, library) {
       return `${rgb}:${a.toFixed(2)}`;
     case 'cs':
       return hex(a * 255) + rgb.slice(1);
-    case 'hb':
-      return a === 1 ? rgb : `${rgb}:${round2(a)}`;
     default:
-      return rgb;
+      return a === 1 ? rgb : `${rgb}:${round2(a)}`;
   }
 }
 
