@@ -24,9 +24,12 @@ export function tempRoot(prefix = 'nimbra-web-') {
   return fs.mkdtempSync(path.join(os.tmpdir(), prefix));
 }
 
-/** Starts `nimbra-prefs serve --port 0` over root (a fresh one when not given). */
-export async function startServer({ root = tempRoot(), args = [], env = {} } = {}) {
-  const child = spawn(exe, ['--root', root, 'serve', '--port', '0', ...args], {
+/**
+ * Starts `nimbra-prefs serve --port 0` over root (a fresh one when not given); globalArgs go before
+ * the command (--cf-version N, --host-bundle ID), args after it.
+ */
+export async function startServer({ root = tempRoot(), globalArgs = [], args = [], env = {} } = {}) {
+  const child = spawn(exe, [...globalArgs, '--root', root, 'serve', '--port', '0', ...args], {
     env: { ...process.env, ...env },
     stdio: ['ignore', 'pipe', 'pipe'],
   });

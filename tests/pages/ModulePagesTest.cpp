@@ -91,6 +91,7 @@ TEST(ModuleVisibilityKind, HookAndReloadDisagreeOnZero)
         EXPECT_EQ(s.insertions().back(), blacklistChild + " after " + blacklistSwitch);
         s->reload();
         EXPECT_EQ(s.shownOf(all).size(), all.size()) << "2 shows everything in both paths";
+        s.forget();
         s.set("showOnLockScreen", PlistValue(false));
         EXPECT_EQ(s.removals(), std::vector<std::string>{"topLevelChild1Child"});
     }
@@ -239,6 +240,7 @@ TEST(GlimraRoot, TheColourModeIsTestedTwoWays)
     s.set("enabled", PlistValue(true));
     EXPECT_EQ(s.shownOf(numbered("colorChild%d", 1, 4)), numbered("colorChild%d", 1, 4)) << "a stored 3 shows all four";
 
+    s.forget();
     s.set("colorsType", PlistValue(0));
     EXPECT_EQ(s.removals(), numbered("colorChild%d", 1, 4));
     s.set("adaptColorsToNotifications", PlistValue(true));

@@ -19,6 +19,8 @@ struct PageSession : SessionOnFreshRoot {
         session->open(page);
         events();
     }
+    /// Forgets the events not taken yet.
+    void forget() { events(); }
     void set(const std::string& key, PlistValue value) { session->set(key, std::move(value)); }
     /// Stores a value as another process would, before the page reads it.
     void store(const std::string& domain, const std::string& key, PlistValue value) { session->write(domain, key, std::move(value)); }
@@ -32,11 +34,36 @@ struct PageSession : SessionOnFreshRoot {
                 shown.push_back(id);
         return shown;
     }
+    /// The events of one kind not taken yet; events of other kinds stay for their own questions.
+    std::vector<nlohmann::ordered_json> take(const std::string& kind)
+    {
+        for (auto& event : SessionOnFreshRoot::events())
+            _pending.push_back(std::move(event));
+        std::vector<nlohmann::ordered_json> taken;
+        std::erase_if(_pending, [&](auto& event) {
+            if (event["event"] != kind)
+                return false;
+            taken.push_back(event);
+            return true;
+        });
+        return taken;
+    }
+    /// Every event not taken yet; forgets them.
+    std::vector<nlohmann::ordered_json> events()
+    {
+        auto all = std::move(_pending);
+        _pending.clear();
+        for (auto& event : SessionOnFreshRoot::events())
+            all.push_back(std::move(event));
+        return all;
+    }
+    std::vector<nlohmann::ordered_json> events(const std::string& kind) { return take(kind); }
+
     /// The insertions since the last call, as "id after anchor" (animated unless marked).
     std::vector<std::string> insertions()
     {
         std::vector<std::string> lines;
-        for (auto& event : events("insert"))
+        for (auto& event : take("insert"))
             lines.push_back(event["ids"][0].get<std::string>() + " after " + event["after"].get<std::string>() +
                             (event["animated"].get<bool>() ? "" : " (unanimated)"));
         return lines;
@@ -45,7 +72,7 @@ struct PageSession : SessionOnFreshRoot {
     std::vector<std::string> removals()
     {
         std::vector<std::string> lines;
-        for (auto& event : events("remove"))
+        for (auto& event : take("remove"))
             for (auto& id : event["ids"])
                 lines.push_back(id.get<std::string>() + (event["animated"].get<bool>() ? "" : " (unanimated)"));
         return lines;
@@ -65,6 +92,9 @@ struct PageSession : SessionOnFreshRoot {
         return deleted;
     }
     bool resprung = false;
+
+private:
+    std::vector<nlohmann::ordered_json> _pending;
 };
 
 /// "a after b" lines for a chain: the first after anchor, each next after the one before.

@@ -1,0 +1,165 @@
+// The controls of the rows in a browser: segments that show and hide rows, list choices on their
+// own page, sliders that store on release, text fields that store on change, and disabled rows.
+
+import assert from 'node:assert/strict';
+import { after, before, test } from 'node:test';
+
+import {
+  current, follow, launchBrowser, openApp, rowOf, runScript, screenshot, settle, setSwitch, shownIds, startServer, tempRoot,
+  waitForState,
+} from './helpers.mjs';
+
+const PREFERENCES = '/var/jb/var/mobile/Library/Preferences/';
+
+let browser;
+let server;
+
+before(async () => {
+  browser = await launchBrowser();
+  server = await startServer();
+});
+
+after(async () => {
+  await browser?.close();
+  await server?.stop();
+});
+
+function stored(root, domain) {
+  const [file] = runScript(root, [`file ${PREFERENCES}${domain}.plist`]);
+  return file.value ?? {};
+}
+
+/** From the root page to CPU Info's page named label (CPU Info turned on on the way). */
+async function openCPUInfoPage(page, label) {
+  await setSwitch(page, server, 'Enable Nimbra');
+  await follow(page, server, 'CPU Info');
+  if (!(await current(page).getByRole('switch', { name: 'Enabled' }).isChecked())) await setSwitch(page, server, 'Enabled');
+  return follow(page, server, label);
+}
+
+const GOVERNED = ['topLevelChild1', 'topLevelChild2', 'topLevelChild3', 'topLevelChild4', 'topLevelChild5', 'topLevelChild6', 'topLevelChild7'];
+
+test('a segment shows the rows it governs and hides them again', async () => {
+  const page = await openApp(browser, server);
+  await openCPUInfoPage(page, 'Visibility');
+  const lockScreen = current(page).getByRole('switch', { name: 'Show on Lock Screen' });
+  assert.equal(await lockScreen.count(), 0);
+
+  await current(page).getByRole('radio', { name: 'Custom' }).click();
+  let state = await waitForState(server, (s) => rowOf(s, { id: 'topLevelChild1' }));
+  assert.deepEqual(shownIds(state), ['topLevelSwitch', ...GOVERNED]);
+  await lockScreen.waitFor();
+  assert.ok((await lockScreen.locator('xpath=ancestor::div[contains(@class, "cell")]').evaluate((n) => n.getAnimations().length)) > 0);
+  assert.equal(await current(page).getByRole('radio', { name: 'Custom' }).getAttribute('aria-checked'), 'true');
+  await settle(page, 500);
+  await screenshot(page, 'visibility-custom');
+  assert.equal(stored(server.root, 'com.veltram.nimbraprefs.cpuinfo').visibility, 2);
+
+  await current(page).getByRole('radio', { name: 'Hidden' }).click();
+  state = await waitForState(server, (s) => !rowOf(s, { id: 'topLevelChild1' }));
+  assert.deepEqual(shownIds(state), ['topLevelSwitch']);
+  await lockScreen.waitFor({ state: 'detached' });
+  assert.equal(await current(page).locator('.cell').count(), 1, 'only the segment is left');
+  assert.equal(stored(server.root, 'com.veltram.nimbraprefs.cpuinfo').visibility, 1);
+  await screenshot(page, 'visibility-hidden');
+  assert.deepEqual(page.scriptErrors, []);
+  await page.context().close();
+  await server.api('POST', '/api/back', {});
+  await server.api('POST', '/api/back', {});
+});
+
+test('a list row chooses its value on a page of its own', async () => {
+  const page = await openApp(browser, server);
+  await follow(page, server, 'Nimbra Settings');
+  const row = current(page).getByRole('button', { name: 'Color Picker' });
+  await row.click();
+  const list = page.locator('.sublist');
+  await list.waitFor();
+  assert.equal(await page.locator('#nav-title-text').textContent(), 'Color Picker');
+  assert.equal(await page.locator('#nav-right').isVisible(), false);
+  await list.getByRole('radio', { name: 'libSparkColourPicker' }).click();
+  await waitForState(server, (s) => rowOf(s, { key: 'selectedColorPicker' }).value === 2);
+  await page.waitForFunction(() => document.querySelector('.sublist [aria-checked="true"]')?.textContent === 'libSparkColourPicker');
+  await screenshot(page, 'list-choice');
+  assert.equal(stored(server.root, 'com.veltram.nimbraprefs').selectedColorPicker, 2);
+  assert.equal((await server.state()).stack.length, 2, 'the list is the row\'s own page; the session stays where it was');
+
+  await page.locator('#nav-back').click();
+  await list.waitFor({ state: 'detached' });
+  assert.equal(await row.locator('.cell-detail').textContent(), 'libSparkColourPicker');
+  assert.equal(await page.locator('#nav-title-text').textContent(), 'Nimbra Settings');
+  assert.deepEqual(page.scriptErrors, []);
+  await page.context().close();
+  await server.api('POST', '/api/back', {});
+});
+
+test('a slider stores its value when it is let go, as a real number', async () => {
+  const page = await openApp(browser, server);
+  await openCPUInfoPage(page, 'Label');
+  const slider = current(page).getByRole('slider', { name: 'fontSize' });
+  const box = await slider.boundingBox();
+  const before = stored(server.root, 'com.veltram.nimbraprefs.cpuinfo').fontSize;
+  await page.mouse.move(box.x + box.width * 0.35, box.y + box.height / 2);
+  await page.mouse.down();
+  await page.mouse.move(box.x + box.width - 1, box.y + box.height / 2, { steps: 8 });
+  await settle(page, 400);
+  assert.equal(stored(server.root, 'com.veltram.nimbraprefs.cpuinfo').fontSize, before, 'nothing is stored while dragging');
+  assert.equal(await current(page).locator('.kind-slider output').textContent(), '20');
+  await page.mouse.up();
+  const state = await waitForState(server, (s) => rowOf(s, { key: 'fontSize' }).value === 20);
+  assert.equal(rowOf(state, { key: 'fontSize' }).value, 20);
+  const [file] = runScript(server.root, [`file ${PREFERENCES}com.veltram.nimbraprefs.cpuinfo.plist`]);
+  assert.equal(file.value.fontSize, 20);
+  // A slider gives a float: the property list holds a <real>.
+  const { readFileSync } = await import('node:fs');
+  const xml = readFileSync(`${server.root}/var/mobile/Library/Preferences/com.veltram.nimbraprefs.cpuinfo.plist`);
+  assert.ok(!xml.includes('<integer>20</integer>'), 'stored as a real');
+  await screenshot(page, 'slider-released');
+  await page.context().close();
+  await server.api('POST', '/api/back', {});
+  await server.api('POST', '/api/back', {});
+});
+
+test('a text field stores its text when editing ends', async () => {
+  const page = await openApp(browser, server);
+  await openCPUInfoPage(page, 'Information to Show');
+  const field = current(page).getByRole('textbox', { name: 'Separator' });
+  assert.equal(await field.inputValue(), ' | ');
+  assert.equal(await field.getAttribute('placeholder'), 'Text between items');
+  await field.fill(' / ');
+  await settle(page, 400);
+  assert.equal(stored(server.root, 'com.veltram.nimbraprefs.cpuinfo').itemSeparator, undefined, 'nothing is stored while typing');
+  await field.press('Enter');
+  await waitForState(server, (s) => rowOf(s, { key: 'itemSeparator' }).value === ' / ');
+  assert.equal(stored(server.root, 'com.veltram.nimbraprefs.cpuinfo').itemSeparator, ' / ');
+  await screenshot(page, 'text-field');
+  await page.context().close();
+  await server.api('POST', '/api/back', {});
+  await server.api('POST', '/api/back', {});
+});
+
+test('a disabled row is greyed out and does nothing when tapped', async () => {
+  // An iOS 13 device: the App Library row of the Home Screen page does not apply there.
+  const root = tempRoot();
+  runScript(root, ['write com.veltram.nimbraprefs nimbraEnabled true', 'write com.veltram.nimbraprefs.homescreen enabled true']);
+  const ios13 = await startServer({ root, globalArgs: ['--cf-version', '1700'] });
+  try {
+    const page = await openApp(browser, ios13);
+    await follow(page, ios13, 'Home Screen');
+    const state = await ios13.state();
+    const appLibrary = rowOf(state, { id: 'topLevelChild4' });
+    assert.ok(appLibrary, 'the Home Screen page shows its App Library row');
+    assert.equal(appLibrary.enabled, false, 'on iOS 13 the App Library row is disabled');
+    const row = current(page).locator('.cell[data-id="topLevelChild4"]');
+    assert.ok(await row.evaluate((node) => node.classList.contains('disabled')));
+    assert.equal(await row.locator('.cell-body').evaluate((node) => getComputedStyle(node).opacity), '0.4');
+    await row.click({ force: true });
+    await settle(page, 400);
+    assert.equal((await ios13.state()).page.page, state.page.page, 'no page opened');
+    await screenshot(page, 'disabled-row');
+    assert.deepEqual(page.scriptErrors, []);
+    await page.context().close();
+  } finally {
+    await ios13.stop();
+  }
+});
