@@ -2,7 +2,7 @@
 // own page, sliders that store on release, text fields that store on change, and disabled rows.
 
 import assert from 'node:assert/strict';
-import { after, before, test } from 'node:test';
+import { after, before, beforeEach, test } from 'node:test';
 
 import {
   current, follow, launchBrowser, openApp, rowOf, runScript, screenshot, settle, setSwitch, shownIds, startServer, tempRoot,
@@ -22,6 +22,11 @@ before(async () => {
 after(async () => {
   await browser?.close();
   await server?.stop();
+});
+
+// Each test starts on the root page, as the Settings app opens the bundle.
+beforeEach(async () => {
+  if (server) await server.api('POST', '/api/relaunch', {});
 });
 
 function stored(root, domain) {
@@ -49,7 +54,8 @@ test('a segment shows the rows it governs and hides them again', async () => {
   let state = await waitForState(server, (s) => rowOf(s, { id: 'topLevelChild1' }));
   assert.deepEqual(shownIds(state), ['topLevelSwitch', ...GOVERNED]);
   await lockScreen.waitFor();
-  assert.ok((await lockScreen.locator('xpath=ancestor::div[contains(@class, "cell")]').evaluate((n) => n.getAnimations().length)) > 0);
+  const inserted = current(page).locator('.cell[data-id="topLevelChild1"]');
+  assert.ok((await inserted.evaluate((node) => node.getAnimations().length)) > 0, 'animated insertions are drawn animated');
   assert.equal(await current(page).getByRole('radio', { name: 'Custom' }).getAttribute('aria-checked'), 'true');
   await settle(page, 500);
   await screenshot(page, 'visibility-custom');
@@ -64,8 +70,6 @@ test('a segment shows the rows it governs and hides them again', async () => {
   await screenshot(page, 'visibility-hidden');
   assert.deepEqual(page.scriptErrors, []);
   await page.context().close();
-  await server.api('POST', '/api/back', {});
-  await server.api('POST', '/api/back', {});
 });
 
 test('a list row chooses its value on a page of its own', async () => {
@@ -90,7 +94,6 @@ test('a list row chooses its value on a page of its own', async () => {
   assert.equal(await page.locator('#nav-title-text').textContent(), 'Nimbra Settings');
   assert.deepEqual(page.scriptErrors, []);
   await page.context().close();
-  await server.api('POST', '/api/back', {});
 });
 
 test('a slider stores its value when it is let go, as a real number', async () => {
@@ -116,8 +119,6 @@ test('a slider stores its value when it is let go, as a real number', async () =
   assert.ok(!xml.includes('<integer>20</integer>'), 'stored as a real');
   await screenshot(page, 'slider-released');
   await page.context().close();
-  await server.api('POST', '/api/back', {});
-  await server.api('POST', '/api/back', {});
 });
 
 test('a text field stores its text when editing ends', async () => {
@@ -134,8 +135,6 @@ test('a text field stores its text when editing ends', async () => {
   assert.equal(stored(server.root, 'com.veltram.nimbraprefs.cpuinfo').itemSeparator, ' / ');
   await screenshot(page, 'text-field');
   await page.context().close();
-  await server.api('POST', '/api/back', {});
-  await server.api('POST', '/api/back', {});
 });
 
 test('a disabled row is greyed out and does nothing when tapped', async () => {

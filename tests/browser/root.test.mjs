@@ -2,7 +2,7 @@
 // fades in as the header scrolls away, and a link to another page and back.
 
 import assert from 'node:assert/strict';
-import { after, before, test } from 'node:test';
+import { after, before, beforeEach, test } from 'node:test';
 
 import { current, launchBrowser, openApp, rowOf, runScript, screenshot, settle, shownIds, startServer, waitForState } from './helpers.mjs';
 
@@ -17,6 +17,11 @@ before(async () => {
 after(async () => {
   await browser?.close();
   await server?.stop();
+});
+
+// Each test starts on the root page, as the Settings app opens the bundle.
+beforeEach(async () => {
+  if (server) await server.api('POST', '/api/relaunch', {});
 });
 
 /** The labels the page draws, in order: group headers as "[LABEL]", cells as their label. */
