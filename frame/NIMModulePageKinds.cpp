@@ -53,6 +53,18 @@ std::vector<CollapsibleGroupRule> actions()
     };
 }
 
+std::vector<CollapsibleGroupRule> bannerElement(const std::string& showKey, const std::string& colorTypeKey)
+{
+    return {
+        when(showKey, Condition::on()).editedBy("topLevelSwitch").chain(numbered("topLevelChild%d", 1, 4), "topLevelSwitch")
+            .nests({"customColor"}).reloadDefaulting(PlistValue(true)),
+        when(colorTypeKey, Condition::notEqual(1)).editedBy("topLevelChild4").chain({"colorChild"}, "topLevelChild4")
+            .reloadDefaulting(PlistValue(1)),
+        when(colorTypeKey, Condition::equal(2)).named("customColor").editedBy("topLevelChild4").chain({"colorChild"}, "topLevelChild4")
+            .notReloaded(),
+    };
+}
+
 std::vector<CollapsibleGroupRule> informationToShow(const std::vector<NIMPageKinds::Switch>& items)
 {
     return NIMPageKinds::switches(items);

@@ -36,6 +36,12 @@ std::vector<CollapsibleGroupRule> colorSwitches(const std::vector<std::string>& 
 /// "holdChild" after "holdParent".
 std::vector<CollapsibleGroupRule> actions();
 
+/// A banner element with a colour type (Tovin's app name, title and message): the show key (on
+/// unless stored) shows "topLevelChild1" .. 4 from "topLevelSwitch", and the custom colour
+/// "colorChild" after "topLevelChild4" (the colour-type selector) when that row is 2; the selector
+/// itself shows the colour for every type but 1; the reload hides it only for type 1 (the default).
+std::vector<CollapsibleGroupRule> bannerElement(const std::string& showKey, const std::string& colorTypeKey);
+
 /// One switch per piece of information: "<key>" shows its children chained from its parent.
 std::vector<CollapsibleGroupRule> informationToShow(const std::vector<NIMPageKinds::Switch>& items);
 

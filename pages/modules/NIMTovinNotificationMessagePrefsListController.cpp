@@ -1,9 +1,8 @@
-// Tovin > NotificationMessage: the notification's message, its style and its colour.
-//
-// As on the app icon page, the colour row follows three tests of one selector: the show switch
-// shows it for type 2, the selector for every type but 1, the reload hides it only for type 1.
+// Tovin > Notification Message: the notification's message, its style and its colour.
+// The colour row follows three tests of one selector, as on the app icon page.
 
 #include "frame/NIMGeneralListControllerWithRespringButton.h"
+#include "frame/NIMModulePageKinds.h"
 #include "frame/NIMPageCatalog.h"
 #include "storage/NimbraDomains.h"
 
@@ -15,14 +14,7 @@ const PageDescription& NIMTovinNotificationMessagePrefsListController::descripti
         .definition = "pages/Modules/TovinNotificationMessage",
         .domain = NimbraDomains::identifier(".tovin"),
         .fixesColorRows = true,
-        .rules = {
-            when("showMessage", Condition::on()).editedBy("topLevelSwitch").chain(numbered("topLevelChild%d", 1, 4), "topLevelSwitch")
-                .nests({"customColor"}).reloadDefaulting(PlistValue(true)),
-            when("messageColorType", Condition::notEqual(1)).editedBy("topLevelChild4").chain({"colorChild"}, "topLevelChild4")
-                .reloadDefaulting(PlistValue(1)),
-            when("messageColorType", Condition::equal(2)).named("customColor").editedBy("topLevelChild4")
-                .chain({"colorChild"}, "topLevelChild4").notReloaded(),
-        },
+        .rules = NIMModulePageKinds::bannerElement("showMessage", "messageColorType"),
     };
     return page;
 }

@@ -330,23 +330,12 @@ TEST(ModuleResets, EachGroupDeletesItsFilesAndKeepsWhatItMeansToKeep)
         for (std::string store : {"", ".colors", ".blackListedApps", ".holdApp", ".doubleTapApp", ".gestureApps"})
             s.store("com.veltram.nimbraprefs" + reset.suffix + store, "kept", PlistValue(true));
         s.open(reset.page);
-        s->call("resetSettings");
-        auto alert = s.events("alert").at(0);
-        EXPECT_EQ(alert["message"], "Do you really want to reset " + reset.name + " Settings?");
         std::vector<std::string> expected{preferences + reset.suffix + ".plist"};
         for (auto& store : reset.stores)
             expected.push_back(preferences + reset.suffix + store + ".plist");
-        s->alert("Confirm");
-        s->wait(1.5);
-        std::vector<std::string> deleted;
-        bool resprung = false;
-        for (auto& event : s.events()) {
-            if (event["event"] == "delete")
-                deleted.push_back(event["path"]);
-            resprung = resprung || event["event"] == "respring";
-        }
-        EXPECT_EQ(deleted, expected);
-        EXPECT_TRUE(resprung);
+        EXPECT_EQ(s.confirm("resetSettings"), expected);
+        EXPECT_EQ(s.alertMessage, "Do you really want to reset " + reset.name + " Settings?");
+        EXPECT_TRUE(s.resprung);
         EXPECT_TRUE(s->file(preferences + reset.suffix + ".gestureApps.plist")["exists"]) << "gesture apps survive";
         if (reset.stores.empty()) {
             EXPECT_TRUE(s->file(preferences + reset.suffix + ".blackListedApps.plist")["exists"]) << "Tovin keeps its blacklist";

@@ -77,20 +77,25 @@ struct PageSession : SessionOnFreshRoot {
                 lines.push_back(id.get<std::string>() + (event["animated"].get<bool>() ? "" : " (unanimated)"));
         return lines;
     }
-    /// Confirms a reset on the page and lets the respring happen; the deleted paths.
+    /// Calls a reset action, confirms its alert and lets the respring happen; the deleted paths.
+    /// The alert's message and whether a respring followed are kept.
     std::vector<std::string> confirm(const std::string& action)
     {
+        forget();
         session->call(action);
+        alertMessage = take("alert").at(0)["message"];
         session->alert("Confirm");
-        session->wait(1.5);
+        session->wait(2);
         std::vector<std::string> deleted;
-        for (auto& event : events())
+        resprung = false;
+        for (auto& event : events()) {
             if (event["event"] == "delete")
                 deleted.push_back(event["path"]);
-            else if (event["event"] == "respring")
-                resprung = true;
+            resprung = resprung || event["event"] == "respring";
+        }
         return deleted;
     }
+    std::string alertMessage;
     bool resprung = false;
 
 private:

@@ -293,18 +293,8 @@ TEST(Resets, EachGroupDeletesItsOwnFiles)
             expected.push_back(kPreferences + suffix + ".plist");
         }
         s.open(reset.page);
-        s->call(reset.action);
-        EXPECT_EQ(s.events("alert").at(0)["message"], reset.message);
-        s->alert("Confirm");
-        s->wait(1.5);
-        std::vector<std::string> deleted;
-        bool resprung = false;
-        for (auto& event : s.events()) {
-            if (event["event"] == "delete")
-                deleted.push_back(event["path"]);
-            resprung = resprung || event["event"] == "respring";
-        }
-        EXPECT_EQ(deleted, expected);
-        EXPECT_TRUE(resprung);
+        EXPECT_EQ(s.confirm(reset.action), expected);
+        EXPECT_EQ(s.alertMessage, reset.message);
+        EXPECT_TRUE(s.resprung);
     }
 }
