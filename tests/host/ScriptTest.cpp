@@ -121,3 +121,12 @@ TEST(Script, ACorruptPreferenceFileIsKeptAsideNotLost)
     }
     EXPECT_EQ(aside, 1);
 }
+
+TEST(Script, TheShippedTourRunsToItsEnd)
+{
+    test::TempDir root;
+    auto run = test::runScript({"--root", root.path().string()}, test::readFile(std::filesystem::path(NIMBRA_RESOURCES_DIR) / "tour.nps"));
+    EXPECT_EQ(run.status, 0) << run.errors << (run.lines.empty() ? "" : run.lines.back().dump());
+    ASSERT_FALSE(run.lines.empty());
+    EXPECT_EQ(run.lines.back()["value"]["lpmColorEnabled"], true);
+}
