@@ -3,10 +3,11 @@
 // list choice, across several pages, compared file by file.
 
 import assert from 'node:assert/strict';
+import fs from 'node:fs';
 import { after, before, test } from 'node:test';
 
 import {
-  current, deviceFiles, follow, launchBrowser, openApp, rowOf, runScript, screenshot, setSwitch, startServer, tempRoot,
+  current, deviceFiles, follow, hostPath, launchBrowser, openApp, rowOf, runScript, screenshot, setSwitch, startServer, tempRoot,
   waitForState,
 } from './helpers.mjs';
 
@@ -123,6 +124,8 @@ test('the browser and the script leave the same preference files', async () => {
     const [browserFile] = runScript(server.root, [`file ${file}`]);
     const [scriptFile] = runScript(scripted, [`file ${file}`]);
     assert.deepEqual(browserFile, scriptFile, file);
+    // Byte for byte, too: a real is not an integer, even where JSON cannot tell them apart.
+    assert.ok(fs.readFileSync(hostPath(server.root, file)).equals(fs.readFileSync(hostPath(scripted, file))), `${file}, byte for byte`);
   }
   const [cpuinfo] = runScript(server.root, [`file ${PREFERENCES}com.veltram.nimbraprefs.cpuinfo.plist`]);
   assert.equal(cpuinfo.value.visibility, 2);
