@@ -605,7 +605,19 @@ function addGrip(node) {
     const from = Number(event.dataTransfer.getData('application/x-nimbra-row'));
     if (!Number.isInteger(from) || !node.row || from === node.row.index) return;
     event.preventDefault();
-    act('/api/move', { from, to: node.row.index });
+    // The session counts rows within the section that holds them.
+    const rows = app.state.page.rows;
+    const sectionStart = (index) => {
+      let start = index;
+      while (start > 0 && rows[start - 1].cell !== 'PSGroupCell') start--;
+      return start;
+    };
+    const start = sectionStart(from);
+    if (sectionStart(node.row.index) !== start) {
+      toast('Rows move only within their own section.');
+      return;
+    }
+    act('/api/move', { from: from - start, to: node.row.index - start });
   });
   return (row) => {
     grip.hidden = !row.movable;

@@ -162,3 +162,40 @@ test('a disabled row is greyed out and does nothing when tapped', async () => {
     await ios13.stop();
   }
 });
+
+test('a movable row is dragged to its new place, stored as the script stores it', async () => {
+  const page = await openApp(browser, server);
+  // The same steps go to the script: rows are tapped there by id.
+  const script = ['open NIMRootListController', 'set nimbraEnabled true'];
+  const go = async (label) => {
+    script.push(`tap ${rowOf(await server.state(), { label }).properties.id}`);
+    return follow(page, server, label);
+  };
+  await setSwitch(page, server, 'Enable Nimbra');
+  await go('Control Center');
+  await setSwitch(page, server, 'Enabled');
+  script.push('set enabled true');
+  await go('Power Module');
+  const state = await go('Rearrange Buttons');
+  const labels = (s) => s.page.rows.filter((row) => row.movable).map((row) => row.label);
+  const before = labels(state);
+  assert.ok(before.length >= 3, 'the page shows movable rows');
+
+  const grip = current(page).locator('.cell', { hasText: before[0] }).locator('.grip');
+  assert.ok(await grip.isVisible(), 'a movable row shows its reorder control');
+  await grip.dragTo(current(page).locator('.cell', { hasText: before[2] }));
+  const moved = await waitForState(server, (s) => labels(s)[2] === before[0]);
+  assert.deepEqual(labels(moved), [before[1], before[2], before[0], ...before.slice(3)]);
+  await page.waitForFunction(
+    (expected) => [...document.querySelectorAll('.page.current .cell .cell-label')].map((node) => node.textContent).slice(0, 3).join('|') === expected,
+    [before[1], before[2], before[0]].join('|'),
+  );
+  await screenshot(page, 'rearranged');
+
+  const scripted = tempRoot();
+  runScript(scripted, [...script, 'move 0 2']);
+  for (const domain of ['com.veltram.nimbraprefs', 'com.veltram.nimbraprefs.controlcenter'])
+    assert.deepEqual(stored(server.root, domain), stored(scripted, domain), domain);
+  assert.deepEqual(page.scriptErrors, []);
+  await page.context().close();
+});
