@@ -164,6 +164,8 @@ test('a disabled row is greyed out and does nothing when tapped', async () => {
 });
 
 test('a movable row is dragged to its new place, stored as the script stores it', async () => {
+  // A root of its own, so that the files compare with a script run from a fresh root.
+  const server = await startServer();
   const page = await openApp(browser, server);
   // The same steps go to the script: rows are tapped there by id.
   const script = ['open NIMRootListController', 'set nimbraEnabled true'];
@@ -198,4 +200,5 @@ test('a movable row is dragged to its new place, stored as the script stores it'
     assert.deepEqual(stored(server.root, domain), stored(scripted, domain), domain);
   assert.deepEqual(page.scriptErrors, []);
   await page.context().close();
+  await server.stop();
 });

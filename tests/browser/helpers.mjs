@@ -189,6 +189,8 @@ export async function follow(page, server, label) {
   await current(page).getByRole('button', { name: label, exact: true }).first().click();
   const state = await waitForState(server, (s) => s.stack.length === before + 1);
   await page.locator(`.page.current[data-page="${state.page.page}"]`).waitFor();
+  // The page has finished sliding in.
+  await page.waitForFunction(() => document.querySelector('.page.current').getAnimations().length === 0);
   return state;
 }
 
