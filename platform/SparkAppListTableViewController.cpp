@@ -1,6 +1,7 @@
 #include "platform/SparkAppListTableViewController.h"
 
 #include "platform/HBPreferences.h"
+#include "platform/EventLog.h"
 #include "platform/NSFileManager.h"
 #include "platform/PropertyListSerialization.h"
 
@@ -102,7 +103,7 @@ void SparkAppListTableViewController::setPreferenceValue(const PlistValue& value
         toggleApplication(specifier->propertyForKey("bundleIdentifier").stringValue());
 }
 
-void SparkAppListTableViewController::describePush(EventLog::Event& event) const
+void SparkAppListTableViewController::describePush(nlohmann::ordered_json& event) const
 {
     event["identifier"] = _identifier;
     event["key"] = _key;

@@ -48,7 +48,7 @@ public:
     /// A row's value is whether its app is chosen.
     PlistValue readPreferenceValue(const std::shared_ptr<PSSpecifier>& specifier) override;
     void setPreferenceValue(const PlistValue& value, const std::shared_ptr<PSSpecifier>& specifier) override;
-    void describePush(EventLog::Event& event) const override;
+    void describePush(nlohmann::ordered_json& event) const override;
 
 private:
     void store(const std::vector<std::string>& chosen);

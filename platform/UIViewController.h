@@ -6,8 +6,9 @@
 // is presented, {"event":"present","class":...} for any other presented controller and
 // {"event":"dismiss","class":...}.
 
-#include "platform/EventLog.h"
 #include "platform/UIKit.h"
+
+#include <nlohmann/json_fwd.hpp>
 
 #include <functional>
 #include <memory>
@@ -30,7 +31,7 @@ public:
     virtual void viewWillAppear(bool animated) { (void)animated; }
 
     /// Adds what a push of this controller reports beyond its class (the app picker its store).
-    virtual void describePush(EventLog::Event& event) const { (void)event; }
+    virtual void describePush(nlohmann::ordered_json& event) const { (void)event; }
 
     UINavigationItem& navigationItem() { return _navigationItem; }
     std::shared_ptr<UINavigationController> navigationController() const { return _navigationController.lock(); }
