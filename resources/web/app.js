@@ -84,6 +84,7 @@ async function syncNow() {
   if (!result.ok) return;
   const { seq, events, missed, state } = result.data;
   app.seq = seq;
+  if (missed) forgetPages(); // a restarted server, or too far behind: draw afresh
   render(state, missed ? [] : events);
 }
 
@@ -171,6 +172,14 @@ function render(state, events) {
   }
   renderNavigation(state, effects);
   renderPresented(state.presented);
+}
+
+function forgetPages() {
+  closeSublist(true);
+  for (const view of app.pages.values()) view.element.remove();
+  app.pages.clear();
+  app.stack = [];
+  app.state = null;
 }
 
 /** Makes the top page's view current, sliding it in or out as the stack says. */
@@ -265,6 +274,8 @@ function renderNavigation(state, effects) {
   if (page && page.rightButton) {
     right.hidden = false;
     right.textContent = page.rightButton.title;
+    // A button with its own two-line title ("Close\nSafari").
+    right.classList.toggle('two-line', page.rightButton.title.includes('\n'));
     right.style.color = rgba(page.rightButton.tint, '');
   } else {
     right.hidden = true;
@@ -279,10 +290,15 @@ function renderNavigation(state, effects) {
       if ($('#title-view-image').getAttribute('src') !== src) $('#title-view-image').setAttribute('src', src);
     }
     $('#title-view-text').textContent = tv.text || '';
-    const duration = effects.titleDuration;
-    titleView.style.transition = duration > 0 ? `opacity ${duration}s ease, transform ${duration}s ease` : 'none';
-    titleView.style.opacity = String(tv.alpha);
-    titleView.style.transform = `translateY(${tv.translationY || 0}px)`;
+    // Only a change moves the title view (a fade under way is not cut short by the next poll).
+    const look = `${tv.alpha}|${tv.translationY || 0}`;
+    if (titleView.dataset.look !== look) {
+      titleView.dataset.look = look;
+      const duration = effects.titleDuration;
+      titleView.style.transition = duration > 0 ? `opacity ${duration}s ease, transform ${duration}s ease` : 'none';
+      titleView.style.opacity = String(tv.alpha);
+      titleView.style.transform = `translateY(${tv.translationY || 0}px)`;
+    }
   } else {
     titleView.hidden = true;
     titleText.hidden = false;
