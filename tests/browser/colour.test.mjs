@@ -55,3 +55,20 @@ test('colour rows are told apart by their library, key and alpha option', () => 
   assert.deepEqual(colourOf({ ...cs, value: '80FF0000' }), halfRed);
   assert.deepEqual(colourOf(spark), { r: 0, g: 255, b: 0, a: 1 });
 });
+
+test('every library\'s stored form draws the same colour in the browser', async () => {
+  const { launchBrowser, screenshot } = await import('./helpers.mjs');
+  const { cssColour } = await import('../../resources/web/colour.js');
+  const browser = await launchBrowser();
+  try {
+    const page = await browser.newPage({ viewport: { width: 420, height: 120 } });
+    const forms = ['#3152DE:0.5', '#3152DE:0.50', '803152DE', '#3152DE'];
+    const swatches = forms.map((form) => `<div title="${form}" style="flex:1;background:${cssColour(parseColour(form))}"></div>`).join('');
+    await page.setContent(`<body style="margin:0;display:flex;height:100vh;background:#fff">${swatches}</body>`);
+    const drawn = await page.locator('div').evaluateAll((nodes) => nodes.map((node) => getComputedStyle(node).backgroundColor));
+    assert.deepEqual(drawn, ['rgba(49, 82, 222, 0.5)', 'rgba(49, 82, 222, 0.5)', 'rgba(49, 82, 222, 0.5)', 'rgb(49, 82, 222)']);
+    await screenshot(page, 'colour-forms');
+  } finally {
+    await browser.close();
+  }
+});

@@ -84,6 +84,7 @@ test('a single tap of the respring button reverts after three seconds', async ()
     const events = await eventsSince(server, 0);
     assert.equal(events.filter((event) => event.event === 'respring').length, 0);
     assert.equal(await page.evaluate(() => window.nimbra.respringCount), 0);
+    await screenshot(page, 'respring-reverted');
   } finally {
     await server.stop();
   }

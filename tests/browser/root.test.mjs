@@ -122,6 +122,7 @@ test('rows present when a page opens are drawn at once, without animation', asyn
   await current(page).locator('.cell', { hasText: 'CPU Info' }).waitFor();
   const running = await page.evaluate(() => document.getAnimations().filter((a) => a.playState === 'running').length);
   assert.equal(running, 0);
+  await screenshot(page, 'root-opened-enabled');
   await page.context().close();
   await server.api('POST', '/api/set', { key: 'nimbraEnabled', value: false });
 });

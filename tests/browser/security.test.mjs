@@ -5,24 +5,33 @@
 import assert from 'node:assert/strict';
 import { after, before, test } from 'node:test';
 
-import { launchBrowser, rawRequest, screenshot, startServer } from './helpers.mjs';
+import { launchBrowser, openApp, rawRequest, screenshot, startServer } from './helpers.mjs';
 
 let server;
+let browser;
 
 before(async () => {
   server = await startServer();
+  browser = await launchBrowser();
 });
 
 after(async () => {
+  await browser?.close();
   await server?.stop();
 });
 
 const json = (body) => ({ 'Content-Type': 'application/json', 'Content-Length': Buffer.byteLength(body) });
 
-async function stillServing() {
+/** After a refusal the server goes on serving: the page application still draws the root page. */
+async function stillServing(name) {
   const response = await rawRequest(server.port, { path: '/api/state', headers: { Host: `127.0.0.1:${server.port}` } });
   assert.equal(response.status, 200);
   assert.equal(response.json.page.page, 'NIMRootListController');
+  const page = await openApp(browser, server);
+  await page.getByRole('switch', { name: 'Enable Nimbra' }).waitFor();
+  await screenshot(page, `security-${name}`);
+  assert.deepEqual(page.scriptErrors, []);
+  await page.context().close();
 }
 
 test('requests for another host name are refused', async () => {
@@ -44,7 +53,7 @@ test('requests for another host name are refused', async () => {
     const ok = await rawRequest(server.port, { path: '/api/state', headers: { Host: host } });
     assert.equal(ok.status, 200, host);
   }
-  await stillServing();
+  await stillServing('host');
 });
 
 test('requests from another origin are refused', async () => {
@@ -61,13 +70,13 @@ test('requests from another origin are refused', async () => {
     path: '/api/state', headers: { Host: `localhost:${server.port}`, Origin: `http://localhost:${server.port}` },
   });
   assert.equal(same.status, 200);
-  await stillServing();
+  await stillServing('origin');
 });
 
 test('a page of another site cannot drive the session from a browser', async () => {
-  const browser = await launchBrowser();
+  const context = await browser.newContext();
   try {
-    const page = await browser.newPage();
+    const page = await context.newPage();
     // A page served from a different origin (the other loopback name) tries a gesture.
     await page.route('http://attacker.localhost/**', (route) => route.fulfill({ contentType: 'text/html', body: '<h1>elsewhere</h1>' }));
     await page.goto('http://attacker.localhost/');
@@ -81,11 +90,11 @@ test('a page of another site cannot drive the session from a browser', async () 
     }, server.url);
     assert.ok(outcome === 'opaque' || outcome.startsWith('failed'), outcome);
     assert.equal((await server.state()).stack.length, 1, 'the cross-site request opened no page');
-    await screenshot(page, 'security-other-site');
+    await screenshot(page, 'security-other-site-page');
   } finally {
-    await browser.close();
+    await context.close();
   }
-  await stillServing();
+  await stillServing('other-site');
 });
 
 test('a JSON body over 64 KiB is refused with 413', async () => {
@@ -95,7 +104,7 @@ test('a JSON body over 64 KiB is refused with 413', async () => {
   });
   assert.equal(response.status, 413);
   assert.match(response.json.error, /64 KiB/);
-  await stillServing();
+  await stillServing('json-limit');
 });
 
 test('an upload over 16 MiB is refused with 413', async () => {
@@ -107,7 +116,7 @@ test('an upload over 16 MiB is refused with 413', async () => {
     body,
   }).catch((error) => ({ status: 'connection closed: ' + error.code }));
   assert.equal(response.status, 413);
-  await stillServing();
+  await stillServing('image-limit');
 });
 
 test('malformed JSON, wrong types and missing fields are refused with 400 and a message', async () => {
@@ -133,7 +142,7 @@ test('malformed JSON, wrong types and missing fields are refused with 400 and a 
     method: 'POST', path: '/api/open', headers: { Host: `127.0.0.1:${server.port}`, 'Content-Type': 'text/plain', 'Content-Length': 2 }, body: '{}',
   });
   assert.equal(wrongType.status, 415);
-  await stillServing();
+  await stillServing('malformed');
 });
 
 test('unknown pages, rows and endpoints are refused with the session\'s message', async () => {
@@ -171,7 +180,7 @@ test('unknown pages, rows and endpoints are refused with the session\'s message'
   response = await server.api('POST', '/api/move', { from: 1, to: 2 });
   assert.ok([200, 400, 404].includes(response.status));
   if (response.status === 404) assert.match(response.body.error, /not available/);
-  await stillServing();
+  await stillServing('unknown');
 });
 
 test('only stored pictures are served as files', async () => {
@@ -190,7 +199,7 @@ test('only stored pictures are served as files', async () => {
   // Static files: only the page application's own names.
   const traversal = await rawRequest(server.port, { path: '/..%2f..%2fCMakeLists.txt', headers: { Host: `127.0.0.1:${server.port}` } });
   assert.equal(traversal.status, 404);
-  await stillServing();
+  await stillServing('files');
 });
 
 test('answers carry the headers that keep the page to itself', async () => {
@@ -200,6 +209,7 @@ test('answers carry the headers that keep the page to itself', async () => {
   assert.match(response.headers['content-security-policy'], /default-src 'self'/);
   assert.equal(response.headers['x-frame-options'], 'DENY');
   assert.equal(response.headers['x-content-type-options'], 'nosniff');
+  await stillServing('headers');
 });
 
 test('the server listens on the loopback address only', async () => {
@@ -215,4 +225,5 @@ test('the server listens on the loopback address only', async () => {
     }
   }
   assert.deepEqual(listening, ['0100007F:' + port]);
+  await stillServing('loopback');
 });
