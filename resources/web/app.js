@@ -260,7 +260,7 @@ function renderNavigation(state, effects) {
   const titleView = $('#title-view');
   if (app.sublist) {
     back.hidden = false;
-    back.querySelector('.text').textContent = page ? page.title || 'Back' : 'Back';
+    setBackTitle(page && page.title);
     right.hidden = true;
     titleText.hidden = false;
     titleText.textContent = app.sublist.title;
@@ -269,7 +269,7 @@ function renderNavigation(state, effects) {
   }
   const stack = state.stack || [];
   back.hidden = stack.length < 2;
-  if (stack.length >= 2) back.querySelector('.text').textContent = stack[stack.length - 2].title || 'Back';
+  if (stack.length >= 2) setBackTitle(stack[stack.length - 2].title);
 
   if (page && page.rightButton) {
     right.hidden = false;
@@ -304,6 +304,14 @@ function renderNavigation(state, effects) {
     titleText.hidden = false;
     titleText.textContent = page ? page.title || '' : '';
   }
+}
+
+/** The back button shows the previous page's title when it fits, else "Back", as UIKit does. */
+function setBackTitle(title) {
+  const back = $('#nav-back');
+  const text = back.querySelector('.text');
+  text.textContent = title || 'Back';
+  if (title && text.scrollWidth > text.clientWidth) text.textContent = 'Back';
 }
 
 // ---------------------------------------------------------------------------------------------
