@@ -192,6 +192,10 @@ int serve(const Arguments& arguments, const char* argv0)
     sigaddset(&signals, SIGINT);
     sigaddset(&signals, SIGTERM);
     sigaddset(&signals, SIGHUP);
+    // A shell starts background jobs with interrupts ignored, and an ignored signal never reaches
+    // sigwait: take them back (blocked, they are only ever waited for).
+    for (int signal : {SIGINT, SIGTERM, SIGHUP})
+        std::signal(signal, SIG_DFL);
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
     std::signal(SIGPIPE, SIG_IGN);
 
