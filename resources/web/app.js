@@ -122,7 +122,7 @@ function applyAppearance(appearance) {
 
 /** What the events of one sync mean for the drawing. */
 function readEvents(events) {
-  const effects = { insertedIds: new Set(), removedIds: new Set(), titleDuration: 0 };
+  const effects = { insertedIds: new Set(), removedIds: new Set(), titleDuration: 0, blurs: [] };
   for (const event of events) {
     switch (event.event) {
       case 'insert':
@@ -132,11 +132,16 @@ function readEvents(events) {
         if (event.animated) for (const id of event.ids || []) effects.removedIds.add(id);
         break;
       case 'blur':
-        showBlur(event.style, event.alpha);
+        effects.blurs.push(() => showBlur(event.style, event.alpha));
         break;
       case 'animate':
-        if (event.view === 'blur') animateBlur(event.alpha, event.duration);
+        if (event.view === 'blur') effects.blurs.push(() => animateBlur(event.alpha, event.duration));
         else if (event.view === 'titleStack' || event.view === 'titleView') effects.titleDuration = event.duration || 0;
+        break;
+      case 'push':
+      case 'pop':
+        // A blur added before is on a page that is now covered or gone.
+        effects.blurs = [];
         break;
       case 'respring':
         respring();
@@ -170,6 +175,8 @@ function render(state, events) {
     view.update(page, state, effects);
     if (app.sublist && !app.sublist.refresh(page)) closeSublist(true);
   }
+  // A blur covers the view of the page on top when it is added (once that page is drawn).
+  for (const blur of effects.blurs) blur();
   renderNavigation(state, effects);
   renderPresented(state.presented);
 }
@@ -225,6 +232,7 @@ function showPage(page, previous, state) {
     $('#pages').append(view.element);
   }
   view.element.classList.remove('hidden');
+  dropForeignBlur();
   for (const other of document.querySelectorAll('.page.current')) other.classList.remove('current');
   view.element.classList.add('current');
   transition(oldView, view, direction);
@@ -499,6 +507,7 @@ function makeGroup(item) {
     const row = current.row;
     const p = row.properties || {};
     node.dataset.id = p.id || '';
+    node.dataset.index = row.index;
     const header = p.headerCellClass && page.header && row.index === 0 ? page.header : null;
     node.classList.toggle('header-view', Boolean(header));
     const signature = JSON.stringify([row.label, header]);
@@ -1191,8 +1200,17 @@ function showBlur(style, alpha) {
   if (app.blur) app.blur.remove();
   const blur = el('div', `blur-overlay style-${style}`);
   blur.style.opacity = String(alpha);
+  blur.dataset.page = String(app.stack[app.stack.length - 1] ?? '');
   $('#pages').append(blur);
   app.blur = blur;
+}
+
+/** A blur belongs to its page's view: another page on top hides it. */
+function dropForeignBlur() {
+  if (app.blur && app.blur.dataset.page !== String(app.stack[app.stack.length - 1] ?? '')) {
+    app.blur.remove();
+    app.blur = null;
+  }
 }
 
 function animateBlur(alpha, duration) {
