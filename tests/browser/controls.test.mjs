@@ -2,37 +2,15 @@
 // own page, sliders that store on release, text fields that store on change, and disabled rows.
 
 import assert from 'node:assert/strict';
-import { after, before, beforeEach, test } from 'node:test';
+import { test } from 'node:test';
 
 import {
-  current, follow, launchBrowser, openApp, rowOf, runScript, screenshot, settle, setSwitch, shownIds, startServer, tempRoot,
-  waitForState,
+  animatedRow, browser, current, follow, openApp, PREFERENCES, rowOf, runScript, screenshot, server, setSwitch, settle, shownIds,
+  startServer, stored, tempRoot, useBrowser, waitForState,
 } from './helpers.mjs';
 
-const PREFERENCES = '/var/jb/var/mobile/Library/Preferences/';
-
-let browser;
-let server;
-
-before(async () => {
-  browser = await launchBrowser();
-  server = await startServer();
-});
-
-after(async () => {
-  await browser?.close();
-  await server?.stop();
-});
-
 // Each test starts on the root page, as the Settings app opens the bundle.
-beforeEach(async () => {
-  if (server) await server.api('POST', '/api/relaunch', {});
-});
-
-function stored(root, domain) {
-  const [file] = runScript(root, [`file ${PREFERENCES}${domain}.plist`]);
-  return file.value ?? {};
-}
+useBrowser({ relaunch: true });
 
 /** From the root page to CPU Info's page named label (CPU Info turned on on the way). */
 async function openCPUInfoPage(page, label) {
@@ -54,8 +32,7 @@ test('a segment shows the rows it governs and hides them again', async () => {
   let state = await waitForState(server, (s) => rowOf(s, { id: 'topLevelChild1' }));
   assert.deepEqual(shownIds(state), ['topLevelSwitch', ...GOVERNED]);
   await lockScreen.waitFor();
-  const inserted = current(page).locator('.cell[data-id="topLevelChild1"]');
-  assert.ok((await inserted.evaluate((node) => node.getAnimations().length)) > 0, 'animated insertions are drawn animated');
+  assert.ok(await animatedRow(page, 'enter', 'topLevelChild1'), 'animated insertions are drawn animated');
   assert.equal(await current(page).getByRole('radio', { name: 'Custom' }).getAttribute('aria-checked'), 'true');
   await settle(page, 500);
   await screenshot(page, 'visibility-custom');

@@ -7,6 +7,7 @@ import fs from 'node:fs';
 import http from 'node:http';
 import os from 'node:os';
 import path from 'node:path';
+import { after, before, beforeEach } from 'node:test';
 import { fileURLToPath } from 'node:url';
 
 const here = path.dirname(fileURLToPath(import.meta.url));
@@ -98,6 +99,31 @@ export function rawRequest(port, { method = 'GET', path: route = '/', headers = 
   });
 }
 
+/** The test file's Chromium, and its server (null without one); set by useBrowser() before the tests run. */
+export let browser = null;
+export let server = null;
+
+/**
+ * Starts the test file's Chromium before its tests and closes it after them; with serve (default)
+ * also a `nimbra-prefs serve` over a fresh root, and with relaunch the Settings app opens afresh on
+ * the bundle's root page before each test.
+ */
+export function useBrowser({ serve = true, relaunch = false } = {}) {
+  before(async () => {
+    browser = await launchBrowser();
+    if (serve) server = await startServer();
+  });
+  after(async () => {
+    await browser?.close();
+    await server?.stop();
+  });
+  if (relaunch) {
+    beforeEach(async () => {
+      if (server) await server.api('POST', '/api/relaunch', {});
+    });
+  }
+}
+
 export async function launchBrowser() {
   const { chromium } = await import('playwright-core');
   if (!fs.existsSync(chromiumPath)) throw new Error(`Chromium not found at ${chromiumPath} (apt-get install chromium)`);
@@ -154,6 +180,15 @@ export function runScript(root, lines) {
   return output;
 }
 
+/** The folder of the preference domains, as a device path. */
+export const PREFERENCES = '/var/jb/var/mobile/Library/Preferences/';
+
+/** The values stored in a preference domain of root ({} when its file does not exist). */
+export function stored(root, domain) {
+  const [file] = runScript(root, [`file ${PREFERENCES}${domain}.plist`]);
+  return file.value ?? {};
+}
+
 /** The device paths of every file below a folder of root (a device path such as /var/jb/var/mobile/...). */
 export function deviceFiles(root, folder) {
   const hostFolder = path.join(root, folder.replace(/^\/var\/jb\/?/, ''));
@@ -176,6 +211,14 @@ export function rowOf(state, { id, key, label }) {
 /** The ids of the shown rows, in order. */
 export function shownIds(state) {
   return state.page.rows.map((row) => row.properties.id).filter(Boolean);
+}
+
+/**
+ * Whether the page drew the row with this id sliding in (kind 'enter') or out ('leave') because
+ * the session's events said so: the page's own record, whatever the animation's progress.
+ */
+export function animatedRow(page, kind, id) {
+  return page.evaluate(([k, i]) => window.nimbra.animatedRows.some((row) => row.kind === k && row.id === i), [kind, id]);
 }
 
 /** Lets the page's poll and animations settle. */

@@ -4,27 +4,14 @@
 
 import assert from 'node:assert/strict';
 import fs from 'node:fs';
-import { after, before, test } from 'node:test';
+import { test } from 'node:test';
 
 import {
-  current, deviceFiles, follow, hostPath, launchBrowser, openApp, rowOf, runScript, screenshot, setSwitch, startServer, tempRoot,
-  waitForState,
+  browser, current, deviceFiles, follow, hostPath, openApp, PREFERENCES, rowOf, runScript, screenshot, server, setSwitch,
+  tempRoot, useBrowser, waitForState,
 } from './helpers.mjs';
 
-const PREFERENCES = '/var/jb/var/mobile/Library/Preferences/';
-
-let browser;
-let server;
-
-before(async () => {
-  browser = await launchBrowser();
-  server = await startServer();
-});
-
-after(async () => {
-  await browser?.close();
-  await server?.stop();
-});
+useBrowser();
 
 /** The id of the shown row with this label (the script taps rows by id). */
 async function idOf(label) {

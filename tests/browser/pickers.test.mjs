@@ -4,29 +4,14 @@
 import assert from 'node:assert/strict';
 import fs from 'node:fs';
 import path from 'node:path';
-import { after, before, test } from 'node:test';
+import { test } from 'node:test';
 
 import {
-  current, follow, hostPath, launchBrowser, makePng, openApp, rowOf, runScript, screenshot, settle, setSwitch, startServer,
-  tempRoot, waitForState,
+  browser, current, follow, hostPath, makePng, openApp, rowOf, runScript, screenshot, setSwitch, settle,
+  startServer, stored, tempRoot, useBrowser, waitForState,
 } from './helpers.mjs';
 
-const PREFERENCES = '/var/jb/var/mobile/Library/Preferences/';
-
-let browser;
-
-before(async () => {
-  browser = await launchBrowser();
-});
-
-after(async () => {
-  await browser?.close();
-});
-
-function stored(root, domain) {
-  const [file] = runScript(root, [`file ${PREFERENCES}${domain}.plist`]);
-  return file.value;
-}
+useBrowser({ serve: false });
 
 test('an app is picked from the app list, found by name or bundle identifier', async () => {
   const server = await startServer();
