@@ -112,6 +112,10 @@ void NIMFileSweep::run(const NSRegularExpression& expression, const std::string&
     std::string prefix;
     walk.folder(fd, prefix, 0);
     std::sort(walk.removed().begin(), walk.removed().end(), inNameOrder);
+    // Walked names are plain (never "." or ".."), so a device path is the folder's plus the name.
+    std::string base = process.logicalPath(*host);
+    if (!base.empty() && !base.ends_with('/'))
+        base += '/';
     for (const std::string& relative : walk.removed())
-        process.events().record({{"event", "delete"}, {"path", process.logicalPath(*host / relative)}});
+        process.events().record({{"event", "delete"}, {"path", base.empty() ? std::string() : base + relative}});
 }
