@@ -527,6 +527,10 @@ struct WebServer::Impl {
             session.pick(list);
             return Json::object();
         });
+        post("/api/removeimage", [this](const Json& body) {
+            session.removeImageAt(indexField(body, "index"));
+            return Json::object();
+        });
         post("/api/cancel", [this](const Json&) {
             session.cancel();
             return Json::object();
