@@ -46,6 +46,7 @@ constexpr const char* kModulesInformation =
 
 const PageDescription& NIMControlCenterRootPrefsListController::description()
 {
+    // Listed in the order the reload applies them: the background rows before the vertical position.
     static const PageDescription page{
         .definition = "pages/SpringBoard/ControlCenterRoot",
         .domain = NimbraDomains::identifier(".controlcenter"),
@@ -56,12 +57,12 @@ const PageDescription& NIMControlCenterRootPrefsListController::description()
                         "showDateTimeInStatusBar"})
                 .hiding(numbered("topLevelChild%d", 1, 24) + kDateTime + kImages +
                         std::vector<std::string>{"verticalPositionChild", "linkChild"} + kColors),
-            when("controlCenterVerticalPosition", Condition::equal(2)).editedBy("topLevelChild15")
-                .chain({"verticalPositionChild"}, "topLevelChild15").guardedAlsoWhenNested(),
             when("backgroundStyle", Condition::equal(1)).named("backgroundColors").editedBy("topLevelChild17")
                 .chain(kColors, "topLevelChild17").reloadRemovingWhen(Condition::in({0, 2})).guardedAlsoWhenNested(),
             when("backgroundStyle", Condition::equal(2)).named("backgroundImages").editedBy("topLevelChild17")
                 .chain(kImages, "topLevelChild17").reloadRemovingWhen(Condition::in({0, 1})).guardedAlsoWhenNested(),
+            when("controlCenterVerticalPosition", Condition::equal(2)).editedBy("topLevelChild15")
+                .chain({"verticalPositionChild"}, "topLevelChild15").guardedAlsoWhenNested(),
             when("enableModulesLinkWithSettingsPages", Condition::on()).editedBy("topLevelChild19").chain({"linkChild"}, "topLevelChild19")
                 .guardedAlsoWhenNested(),
             when("showDateTimeInStatusBar", Condition::on()).editedBy("topLevelChild21").chain(kDateTime, "topLevelChild21")
