@@ -172,8 +172,10 @@ TEST_F(SharedActionsTest, ALinkToAMissingLibraryIsNotProbedAsPresent)
     EXPECT_EQ(NimbraColorPickers::selectedColorPicker(), 2);
     EXPECT_EQ(opened(), (std::vector<std::string>{kLibraries[1]}));
     session->open("NIMBatteryLineColorsPrefsListController");
+    session->set("chargingColorEnabled", PlistValue(true));
     bool sparkRow = false;
-    for (auto& row : session->rows()["rows"])
+    auto rows = session->rows();
+    for (auto& row : rows["rows"])
         sparkRow = sparkRow || row["cellClass"] == "SparkColourPickerCell";
     EXPECT_TRUE(sparkRow) << "the colour rows draw with the library that was opened";
 
