@@ -110,6 +110,12 @@ CollapsibleGroupRule& CollapsibleGroupRule::withoutGuard()
     return *this;
 }
 
+CollapsibleGroupRule& CollapsibleGroupRule::guardedAlsoWhenNested()
+{
+    guardedWhenNested = true;
+    return *this;
+}
+
 CollapsibleGroupRule& CollapsibleGroupRule::nests(std::vector<std::string> keys)
 {
     nested = std::move(keys);

@@ -5,8 +5,10 @@
 //
 // The value hook compares a changed row's "key" with the trigger keys in table order; the first
 // rule whose key matches acts. When its condition holds it inserts the children, each as its own
-// animated insertion after its anchor, unless the guard row is already shown; then it re-applies
-// the nested rules from the current values of their rows. Otherwise it removes the rows it hides,
+// animated insertion after its anchor, unless the guard row is already shown; then, for each nested
+// rule whose row's current value satisfies it, it inserts that rule's children too, without a
+// presence test of their own (the outer guard is the only one, unless a page states otherwise for
+// a nested rule). Otherwise it removes the rows it hides,
 // one at a time, animated. The reload applies every rule in table order, removing the hidden rows
 // without animation; it never inserts.
 
@@ -76,6 +78,10 @@ struct CollapsibleGroupRule {
     bool guardNeverCaptured = false;
     /// No presence test at all: a repeated change inserts the rows again.
     bool unguarded = false;
+    /// Whether the presence test also applies when this rule is inserted as a nested rule of
+    /// another (the default: NO, the outer rule's guard is the only one, so rows that are already
+    /// shown are inserted again). Pages whose tables state a guard on the nested insertion set it.
+    bool guardedWhenNested = false;
     /// A further condition for inserting: the value of another row must satisfy it (the row's id and
     /// the condition); empty id for none.
     std::string requiredRow;
@@ -107,6 +113,7 @@ struct CollapsibleGroupRule {
     CollapsibleGroupRule& guardedOn(std::string id);
     CollapsibleGroupRule& guardedOnUncaptured(std::string id);
     CollapsibleGroupRule& withoutGuard();
+    CollapsibleGroupRule& guardedAlsoWhenNested();
     CollapsibleGroupRule& nests(std::vector<std::string> keys);
     CollapsibleGroupRule& onlyWhenRow(std::string rowId, Condition condition);
     CollapsibleGroupRule& hiding(std::vector<std::string> ids);

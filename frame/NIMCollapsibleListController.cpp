@@ -84,7 +84,12 @@ void NIMCollapsibleListController::apply(const CollapsibleGroupRule& rule, const
 
 bool NIMCollapsibleListController::show(const CollapsibleGroupRule& rule)
 {
-    std::string guard = rule.guardId();
+    return insertChildren(rule, true);
+}
+
+bool NIMCollapsibleListController::insertChildren(const CollapsibleGroupRule& rule, bool presenceTest)
+{
+    std::string guard = presenceTest ? rule.guardId() : std::string();
     if (!guard.empty() && isShown(guard))
         return false;
     if (rule.requiredCondition && !rule.requiredCondition->holds(valueOfRow(rule.requiredRow)))
@@ -100,7 +105,7 @@ void NIMCollapsibleListController::showNested(const std::vector<std::string>& na
     for (auto& name : names) {
         const CollapsibleGroupRule* inner = _page.ruleNamed(name);
         if (inner && inner->shownWhen.holds(valueOfRow(inner->row)))
-            show(*inner);
+            insertChildren(*inner, inner->guardedWhenNested);
     }
 }
 

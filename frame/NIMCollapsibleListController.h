@@ -65,7 +65,9 @@ protected:
     /// Whether the reload removes a rule's rows for the stored value (absent keys read as the
     /// rule's reload default, else NO / 0).
     bool reloadRemoves(const CollapsibleGroupRule& rule, HBPreferences& preferences) const;
-    /// Re-applies the named rules from the values of their rows (their own guards apply).
+    /// Inserts the children of each named rule whose row's current value satisfies it, without a
+    /// presence test (so rows already shown go in again), except for rules marked
+    /// `guardedWhenNested`; then their own nested rules, the same way.
     void showNested(const std::vector<std::string>& names);
 
     /// The rule of the table for a trigger key (the page's own; throws for a key it lacks).
@@ -87,6 +89,8 @@ protected:
 
 private:
     void capture();
+    /// `show`, with or without the presence test.
+    bool insertChildren(const CollapsibleGroupRule& rule, bool presenceTest);
 
     const PageDescription& _page;
     SavedSpecifiers _savedSpecifiers;

@@ -12,6 +12,7 @@ namespace {
 
 struct SelectedColorPicker {
     std::int64_t value = 0;
+    bool made = false;
 };
 
 constexpr const char* kReloadTool = "/var/jb/usr/bin/sbreload";
@@ -45,9 +46,16 @@ std::int64_t selectedColorPicker()
     return Process::current().global<SelectedColorPicker>().value;
 }
 
+bool colorPickerChosen()
+{
+    return Process::current().global<SelectedColorPicker>().made;
+}
+
 void choose(std::int64_t picker)
 {
-    Process::current().global<SelectedColorPicker>().value = picker;
+    auto& selected = Process::current().global<SelectedColorPicker>();
+    selected.value = picker;
+    selected.made = true;
     Darwin::dlopen(libraryForPicker(picker), Darwin::kRTLDLazy);
 }
 

@@ -29,6 +29,9 @@ std::int64_t selectedColorPicker();
 /// Stores picker as the selection and opens its library (lazily; a failure is ignored). Used when
 /// the maintenance page's "selectedColorPicker" row changes.
 void choose(std::int64_t picker);
+/// Whether a choice was made in this process (by the selection or by `choose`, even of 0); NO
+/// until then.
+bool colorPickerChosen();
 /// The selection the root page runs in init: the stored "selectedColorPicker" when it is 1, 2 or 3;
 /// otherwise the first of libcolorpicker (1) and libsparkcolourpicker (2) whose file exists, else 3
 /// (not probed). The probed choice is not written back. The chosen library is opened.

@@ -36,6 +36,7 @@ public:
         if (_page.definition.empty() || (_items.empty() && _loadFailed))
             return;
         checkRows();
+        checkWording();
         checkRules();
         for (auto& id : _page.capturedIds())
             requireId(id, "the page captures");
@@ -139,6 +140,62 @@ private:
             checkLink(i);
             checkAction(i, cls, controller);
         }
+    }
+
+    /// What a user reads: every choice row shows one of its values when its key is absent, every
+    /// control has a title, and no two rows of a section read alike. Problems under `strict`,
+    /// advice otherwise.
+    void checkWording()
+    {
+        std::set<std::string> sectionLabels;
+        const PlistValue* header = nullptr;
+        for (std::size_t i = 0; i < _items.size(); ++i) {
+            const PlistValue& item = _items[i];
+            const std::string& cell = item["cell"].stringValue();
+            if (cell == "PSGroupCell") {
+                sectionLabels.clear();
+                header = &item;
+                continue;
+            }
+            if (cell == "PSSegmentCell" || cell == "PSLinkListCell")
+                checkDefaultIsAValue(i);
+            const std::string& label = item["label"].stringValue();
+            // A slider or a segment that opens its section is titled by the section's header.
+            bool titledByHeader = (cell == "PSSliderCell" || cell == "PSSegmentCell") && i > 0 && header == &_items[i - 1] &&
+                                  !(*header)["label"].stringValue().empty();
+            if (label.empty() && isControl(cell) && !titledByHeader)
+                wording(describe(i) + " is a control without a label");
+            if (!label.empty() && !sectionLabels.insert(label).second)
+                wording(describe(i) + " reads \"" + label + "\" like another row of its section");
+        }
+    }
+
+    static bool isControl(const std::string& cell)
+    {
+        return cell == "PSSwitchCell" || cell == "PSSegmentCell" || cell == "PSSliderCell" || cell == "PSEditTextCell" ||
+               cell == "PSLinkListCell";
+    }
+
+    void checkDefaultIsAValue(std::size_t i)
+    {
+        const PlistValue& item = _items[i];
+        const PlistValue& fallback = item["default"];
+        if (fallback.isNil())
+            return;
+        const PlistArray& list = item["validValues"].arrayValue();
+        if (std::find(list.begin(), list.end(), fallback) == list.end())
+            wording(describe(i) + " defaults to a value it does not offer");
+        if (item["validTitles"].kind() == PlistValue::Kind::Array && item["validTitles"].arrayValue().size() != list.size())
+            wording(describe(i) + " has " + std::to_string(list.size()) + " values but " +
+                    std::to_string(item["validTitles"].arrayValue().size()) + " titles");
+    }
+
+    void wording(const std::string& message)
+    {
+        if (_strict)
+            problem(message);
+        else
+            _out << "wording: " << _entry.className << " (" << _page.definition << "): " << message << '\n';
     }
 
     void checkLink(std::size_t i)

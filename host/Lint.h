@@ -10,10 +10,14 @@
 //   - every row with a key stores into the page's domains (colour rows into a colour domain, on a
 //     page that rewrites colour rows);
 //   - every cell and detail class is a registered class, every link opens a page controller, and
-//     every button's action is answered by its target.
+//     every button's action is answered by its target;
+//   - what a user reads: a segment or list row's default is one of its values and it has a title
+//     for each value; every control (switch, segment, slider, text field, list) has a label, or,
+//     for a slider or segment that opens its section, a titled section header; no two rows of one
+//     section share a label.
 //
-// Links to page controllers that are not registered yet are reported as pending; with `strict`
-// they count as problems.
+// Links to page controllers that are not registered yet are reported as pending, and wording
+// findings as advice; with `strict` both count as problems.
 
 #include <filesystem>
 #include <ostream>

@@ -58,8 +58,8 @@ void Session::open(const std::string& className)
     if (!cls || !cls->make || !ObjCRuntime::isSubclass(*cls, "PSListController"))
         throw CommandError("unknown page controller \"" + className + "\"");
     // The root page chooses the colour-picker library when the bundle opens; a page opened
-    // directly finds it chosen as the root page would have chosen it.
-    if (className != "NIMRootListController" && NimbraColorPickers::selectedColorPicker() == 0)
+    // directly, before any choice was made, finds it chosen as the root page would have chosen it.
+    if (className != "NIMRootListController" && !NimbraColorPickers::colorPickerChosen())
         NimbraColorPickers::selectColorPicker();
     present(std::static_pointer_cast<UIViewController>(cls->make()));
 }

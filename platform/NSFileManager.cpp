@@ -86,7 +86,8 @@ bool NSFileManager::fileExistsAtPath(std::string_view path) const
 {
     auto host = Process::current().hostPath(path);
     std::error_code ec;
-    return host && fs::exists(fs::symlink_status(*host, ec));
+    // Links are followed: a link whose target is missing does not exist.
+    return host && fs::exists(fs::status(*host, ec));
 }
 
 bool NSFileManager::removeItemAtPath(std::string_view path) const
@@ -145,7 +146,8 @@ std::vector<std::string> NSFileManager::enumeratorAtPath(std::string_view path) 
     std::vector<std::string> found;
     auto host = Process::current().hostPath(path);
     std::error_code ec;
-    if (host && fs::is_directory(fs::symlink_status(*host, ec)))
+    // The folder itself may be reached through a link; links inside it are listed, not followed.
+    if (host && fs::is_directory(fs::status(*host, ec)))
         walk(*host, "", found, 0);
     return found;
 }

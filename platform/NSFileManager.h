@@ -13,6 +13,8 @@ class NSFileManager {
 public:
     static NSFileManager& defaultManager();
 
+    /// Whether something is at path, following links (a link whose target is missing does not
+    /// exist); NO for a path outside the device.
     bool fileExistsAtPath(std::string_view path) const;
     /// Removes a file, a link or a whole folder; false when nothing was there or it could not be removed.
     bool removeItemAtPath(std::string_view path) const;
@@ -21,8 +23,8 @@ public:
     /// writeToFile:atomically:YES, creating missing folders; false on failure (nothing half written).
     bool writeAtomically(std::string_view path, std::string_view bytes) const;
     /// enumeratorAtPath: every item below a folder, as paths relative to it, each folder before its
-    /// contents (in name order, for a repeatable walk). Links are listed, never followed; folders
-    /// that cannot be read are skipped.
+    /// contents (in name order, for a repeatable walk). The folder may itself be a link to a folder;
+    /// links below it are listed, never followed; folders that cannot be read are skipped.
     std::vector<std::string> enumeratorAtPath(std::string_view path) const;
 };
 

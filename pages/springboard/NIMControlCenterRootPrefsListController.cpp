@@ -2,6 +2,9 @@
 // colour or image, module links, date and time in the status bar), its pages, an information alert
 // about the modules Nimbra adds, and the group's resets.
 //
+// Every rule of the page, re-applied after the master switch too, does nothing when its first row
+// is already shown.
+//
 // A background style other than 0, 1 and 2 leaves the background rows as they are when chosen,
 // and the reload removes neither group for it.
 
@@ -43,6 +46,7 @@ constexpr const char* kModulesInformation =
 
 const PageDescription& NIMControlCenterRootPrefsListController::description()
 {
+    // Listed in the order the reload applies them: the background rows before the vertical position.
     static const PageDescription page{
         .definition = "pages/SpringBoard/ControlCenterRoot",
         .domain = NimbraDomains::identifier(".controlcenter"),
@@ -53,14 +57,16 @@ const PageDescription& NIMControlCenterRootPrefsListController::description()
                         "showDateTimeInStatusBar"})
                 .hiding(numbered("topLevelChild%d", 1, 24) + kDateTime + kImages +
                         std::vector<std::string>{"verticalPositionChild", "linkChild"} + kColors),
-            when("controlCenterVerticalPosition", Condition::equal(2)).editedBy("topLevelChild15")
-                .chain({"verticalPositionChild"}, "topLevelChild15"),
             when("backgroundStyle", Condition::equal(1)).named("backgroundColors").editedBy("topLevelChild17")
-                .chain(kColors, "topLevelChild17").reloadRemovingWhen(Condition::in({0, 2})),
+                .chain(kColors, "topLevelChild17").reloadRemovingWhen(Condition::in({0, 2})).guardedAlsoWhenNested(),
             when("backgroundStyle", Condition::equal(2)).named("backgroundImages").editedBy("topLevelChild17")
-                .chain(kImages, "topLevelChild17").reloadRemovingWhen(Condition::in({0, 1})),
-            when("enableModulesLinkWithSettingsPages", Condition::on()).editedBy("topLevelChild19").chain({"linkChild"}, "topLevelChild19"),
-            when("showDateTimeInStatusBar", Condition::on()).editedBy("topLevelChild21").chain(kDateTime, "topLevelChild21"),
+                .chain(kImages, "topLevelChild17").reloadRemovingWhen(Condition::in({0, 1})).guardedAlsoWhenNested(),
+            when("controlCenterVerticalPosition", Condition::equal(2)).editedBy("topLevelChild15")
+                .chain({"verticalPositionChild"}, "topLevelChild15").guardedAlsoWhenNested(),
+            when("enableModulesLinkWithSettingsPages", Condition::on()).editedBy("topLevelChild19").chain({"linkChild"}, "topLevelChild19")
+                .guardedAlsoWhenNested(),
+            when("showDateTimeInStatusBar", Condition::on()).editedBy("topLevelChild21").chain(kDateTime, "topLevelChild21")
+                .guardedAlsoWhenNested(),
         },
         .actions = {
             {"saveTextCell:", PageActions::saveTextCell()},

@@ -2,6 +2,9 @@
 // screenshot flash, scroll bars, status bar, switches, tab bar and table cells, a test alert, six
 // app lists and the group's resets (the app lists survive the settings reset).
 //
+// Every single row is inserted only when it is not shown yet, also when the master switch brings
+// back the rows its options govern.
+//
 // Switching the group off removes every row with an animation except "modernCellsChild", which
 // goes without one; kept as it is.
 
@@ -32,7 +35,7 @@ PageAction appList(const char* key)
 
 CollapsibleGroupRule single(const char* key, const char* row, const char* child)
 {
-    return when(key, Condition::on()).editedBy(row).chain({child}, row);
+    return when(key, Condition::on()).editedBy(row).chain({child}, row).guardedAlsoWhenNested();
 }
 
 }  // namespace
@@ -53,13 +56,14 @@ const PageDescription& NIMSystemRootPrefsListController::description()
             single("enablePortraitModeOnlyApps", "topLevelChild5", "portraitModeOnlyChild"),
             single("enableLandscapeModeOnlyApps", "topLevelChild6", "landscapeModeOnlyChild"),
             single("customCursorColor", "topLevelChild14", "cursorChild"),
-            when("hideHomeBar", Condition::off()).editedBy("topLevelChild18").chain({"homeBarChild"}, "topLevelChild18"),
+            when("hideHomeBar", Condition::off()).editedBy("topLevelChild18").chain({"homeBarChild"}, "topLevelChild18")
+                .guardedAlsoWhenNested(),
             when("hideScreenshotFlash", Condition::off()).editedBy("topLevelChild22").chain({"flashColorParent"}, "topLevelChild22")
-                .nests({"enableCustomFlashColor"}),
+                .nests({"enableCustomFlashColor"}).guardedAlsoWhenNested(),
             when("enableCustomFlashColor", Condition::on()).editedBy("flashColorParent")
                 .chain({"flashColorLight", "flashColorDark"}, "flashColorParent"),
             when("scrollBarsStyle", Condition::notEqual(2)).editedBy("topLevelChild24").chain({"scrollBarsChild"}, "topLevelChild24")
-                .nests({"enableCustomScrollBarColor"}),
+                .nests({"enableCustomScrollBarColor"}).guardedAlsoWhenNested(),
             single("enableCustomScrollBarColor", "scrollBarsChild", "scrollBarsGrandChild"),
             single("hideStatusBarOnSelectedApps", "topLevelChild27", "hideStatusBarChild"),
             single("enableCustomSwitchesBGColor", "topLevelChild29", "switchesBGChild"),

@@ -161,3 +161,41 @@ TEST_F(SharedActionsTest, CloseAppTerminatesThroughBackBoardServicesAndAlwaysRep
     EXPECT_FALSE(events[0]["loaded"].get<bool>());
     EXPECT_EQ(events[1]["message"], "Settings Closed Successfully!");
 }
+
+TEST_F(SharedActionsTest, ALinkToAMissingLibraryIsNotProbedAsPresent)
+{
+    auto link = test::under(session.root.path(), kLibraries[0]);
+    std::filesystem::create_directories(link.parent_path());
+    std::filesystem::create_symlink(link.parent_path() / "libcolorpicker.1.dylib", link);
+    install(kLibraries[1]);
+    session->open("NIMRootListController");
+    EXPECT_EQ(NimbraColorPickers::selectedColorPicker(), 2);
+    EXPECT_EQ(opened(), (std::vector<std::string>{kLibraries[1]}));
+    session->open("NIMBatteryLineColorsPrefsListController");
+    session->set("chargingColorEnabled", PlistValue(true));
+    bool sparkRow = false;
+    auto rows = session->rows();
+    for (auto& row : rows["rows"])
+        sparkRow = sparkRow || row["cellClass"] == "SparkColourPickerCell";
+    EXPECT_TRUE(sparkRow) << "the colour rows draw with the library that was opened";
+
+    // A link to a library that is there counts as the library.
+    test::writeFile(link.parent_path() / "libcolorpicker.1.dylib", "library");
+    NimbraColorPickers::selectColorPicker();
+    EXPECT_EQ(NimbraColorPickers::selectedColorPicker(), 1);
+}
+
+TEST_F(SharedActionsTest, OpeningAPageNeverProbesAgainOnceAChoiceIsMade)
+{
+    install(kLibraries[0]);
+    session->open("NIMNimbraSettingsPrefsListController");
+    EXPECT_EQ(opened(), (std::vector<std::string>{kLibraries[0]})) << "the first page opened directly finds a choice made";
+    session->set("selectedColorPicker", PlistValue(0));
+    EXPECT_EQ(NimbraColorPickers::selectedColorPicker(), 0);
+    EXPECT_EQ(opened(), (std::vector<std::string>{kLibraries[2]})) << "0 opens the third library";
+    session->open("NIMBatteryLineColorsPrefsListController");
+    EXPECT_TRUE(opened().empty()) << "no second selection";
+    EXPECT_EQ(NimbraColorPickers::selectedColorPicker(), 0);
+    session->open("NIMRootListController");
+    EXPECT_EQ(NimbraColorPickers::selectedColorPicker(), 1) << "the root page selects again when it is created";
+}

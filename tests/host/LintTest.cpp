@@ -85,3 +85,35 @@ TEST(Lint, AMissingChildAWrongRoleAndAStrayDomainAreNamed)
     EXPECT_NE(run.output.find("NIMSafariPrefsListController (pages/SystemApps/Safari): row"), std::string::npos) << run.output;
     EXPECT_NE(run.output.find("which is not one of the page's domains"), std::string::npos) << run.output;
 }
+
+TEST(Lint, StrictlyAUserMustBeAbleToReadEveryRow)
+{
+    test::TempDir resources;
+    fs::copy(NIMBRA_RESOURCES_DIR, resources.path(), fs::copy_options::recursive);
+    auto change = [](PlistArray& items, const std::string& id, const std::string& key, PlistValue value) {
+        for (auto& item : items)
+            if (item["id"].stringValue() == id) {
+                PlistDictionary row = item.dictionaryValue();
+                if (value.isNil())
+                    row.erase(key);
+                else
+                    row[key] = std::move(value);
+                item = PlistValue(row);
+                return;
+            }
+        FAIL() << id << " is not in the definition";
+    };
+    edit(resources / "pages/SpringBoard/StatusBarRoot.plist", [&](PlistArray& items) {
+        change(items, "topLevelChild12", "default", PlistValue(2));
+        change(items, "topLevelChild13", "label", PlistValue());
+        change(items, "topLevelChild3", "label", PlistValue("Hide on Home Screen"));
+    });
+    auto strict = lint(resources.path());
+    EXPECT_EQ(strict.status, 1);
+    const std::string page = "NIMStatusBarRootPrefsListController (pages/SpringBoard/StatusBarRoot): ";
+    for (const std::string& message : {page + "row \"topLevelChild12\" defaults to a value it does not offer",
+                                       page + "row \"topLevelChild13\" is a control without a label",
+                                       page + "row \"topLevelChild3\" reads \"Hide on Home Screen\" like another row of its section"})
+        EXPECT_NE(strict.output.find(message), std::string::npos) << message << "\n" << strict.output;
+    EXPECT_NE(strict.output.find(", 3 problems"), std::string::npos) << strict.output;
+}

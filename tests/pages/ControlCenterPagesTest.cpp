@@ -272,6 +272,19 @@ TEST(ControlCenterRoot, TheModulesAlertAndTheResets)
     EXPECT_EQ(switcher.confirm("resetSettings"), std::vector<std::string>{kPreferences + "com.veltram.nimbraprefs.appswitcher.plist"});
 }
 
+TEST(ControlCenterRoot, TheReloadRemovesTheBackgroundBeforeTheVerticalPosition)
+{
+    test::PageSession s;
+    s.store(kControlCenter, "enabled", PlistValue(true));
+    s.open("NIMControlCenterRootPrefsListController");
+    s->reload();
+    EXPECT_EQ(s.removals(), unanimated(std::vector<std::string>{"backgroundColorChild1", "backgroundColorChild2"} +
+                                       numbered("backgroundImageChild%d", 1, 6) +
+                                       std::vector<std::string>{"verticalPositionChild", "linkChild"} +
+                                       numbered("dateTimeChild%d", 1, 6)));
+    EXPECT_TRUE(s.insertions().empty());
+}
+
 TEST(BatteryAndGestures, ActionFourOpensAnAppPickerAndStyleTwoShowsThePercentage)
 {
     test::PageSession actions;

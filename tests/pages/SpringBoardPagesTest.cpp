@@ -102,6 +102,34 @@ TEST(Departures, HidingTheFolderBackgroundLeavesTheCornerRadiusRow)
     EXPECT_FALSE(s.shows("bgChild2Child"));
 }
 
+TEST(Nesting, NestedRowsGoInWithoutAPresenceTestOfTheirOwn)
+{
+    // The folder background: the corner-radius row outlives the hiding, and comes in again.
+    test::PageSession folders;
+    folders.open("NIMHomeScreenFoldersPrefsListController");
+    folders.set("enableCustomFolderCornerRadius", PlistValue(true));
+    EXPECT_EQ(folders.insertions(), (std::vector<std::string>{"bgChild2Child after bgChild2"}));
+    folders.set("hideFolderBackground", PlistValue(true));
+    EXPECT_TRUE(folders.shows("bgChild2Child"));
+    folders.forget();
+    folders.set("hideFolderBackground", PlistValue(false));
+    EXPECT_EQ(folders.insertions(),
+              (std::vector<std::string>{"bgChild1 after bgParent", "bgChild2 after bgChild1", "bgChild2Child after bgChild2"}));
+    EXPECT_TRUE(folders.removals().empty());
+
+    // The older widgets' border: its guard never holds, so the five rows and the colour row under
+    // the first go in again.
+    test::PageSession widgets;
+    widgets.store("com.veltram.nimbraprefs.widgets", "customBorderColorEnabled", PlistValue(true));
+    widgets.store("com.veltram.nimbraprefs.widgets", "colorizeBorder", PlistValue(true));
+    widgets.open("NIMWidgetsOldPrefsListController");
+    EXPECT_TRUE(widgets.shows("borderChild1Child"));
+    widgets.set("colorizeBorder", PlistValue(true));
+    EXPECT_EQ(widgets.insertions(), chainLines(numbered("borderChild%d", 1, 5), "borderParent") +
+                                        std::vector<std::string>{"borderChild1Child after borderChild1"});
+    EXPECT_TRUE(widgets.removals().empty());
+}
+
 TEST(Departures, BadgeRowsSevenAndEightReturnOnlyWithARebuild)
 {
     test::PageSession s;

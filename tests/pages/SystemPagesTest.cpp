@@ -75,7 +75,14 @@ TEST(Keyboard, ColourModesShowTheSystemRowOrTheCustomRows)
     EXPECT_EQ(s.insertions(), std::vector<std::string>{"colorModeChildSystem after topLevelChild6"});
     s.set("colorMode", PlistValue(2));
     EXPECT_EQ(s.removals(), std::vector<std::string>{"colorModeChildSystem"});
-    EXPECT_EQ(s.insertions(), chainLines(custom, "topLevelChild6") + std::vector<std::string>{"customColorChild1 after colorModeChildCustom7"});
+    auto colours = numbered("customColorChild%d", 1, 4);
+    EXPECT_EQ(s.insertions(), chainLines(custom, "topLevelChild6") + chainLines(colours, "colorModeChildCustom7"))
+        << "the background defaults to four colours";
+    s->reload();
+    EXPECT_EQ(s.shownOf(colours), colours) << "and reopening shows the same four";
+    s.forget();
+    s.set("customBGColorMode", PlistValue(1));
+    EXPECT_EQ(s.removals(), numbered("customColorChild%d", 2, 4));
     s.set("customBGColorMode", PlistValue(2));
     EXPECT_EQ(s.insertions(), chainLines(numbered("customColorChild%d", 2, 4), "customColorChild1"));
     s.set("customBGColorMode", PlistValue(2));
