@@ -6,6 +6,7 @@
 #include "host/RootSeed.h"
 #include "platform/ColorPickerLibraries.h"
 #include "platform/HBPreferences.h"
+#include "platform/HBPreferencesReadPass.h"
 #include "platform/HBSupportController.h"
 #include "platform/SparkAppListTableViewController.h"
 #include "platform/UIImagePickerController.h"
@@ -301,6 +302,7 @@ Session::Json Session::show() const
 Session::Json Session::rows()
 {
     auto page = requireTopPage();
+    HBPreferencesReadPass pass;  // every row's value from one reading of its domain
     Json rows = Json::array();
     for (auto& row : page->specifiers()) {
         Json properties = Json::object();
