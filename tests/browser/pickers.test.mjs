@@ -221,6 +221,7 @@ test('a picture chosen on this computer is uploaded, stored as the script stores
     await Promise.all([page.waitForEvent('filechooser'), row.click()]);
     await waitForState(server, (s) => s.presented?.kind === 'imagePicker');
     const photos2 = page.getByRole('dialog', { name: 'Photos' });
+    await photos2.waitFor();
     assert.deepEqual(await photos2.getByRole('button').allTextContents(), ['Cancel', 'Choose a Picture…'], 'only real choices');
     await photos2.getByRole('button', { name: 'Cancel' }).click();
     await waitForState(server, (s) => !s.presented);
