@@ -136,9 +136,13 @@ export async function launchBrowser() {
   });
 }
 
-/** A fresh browser context on the server's page, with script errors failing the test. */
-export async function openApp(browser, server) {
-  const context = await browser.newContext({ viewport: { width: 520, height: 900 } });
+/**
+ * A fresh browser context on the server's page, with script errors failing the test. options go
+ * to the context (default: a 520 × 900 window); phone: a 390 × 844 phone at 2× instead.
+ */
+export async function openApp(browser, server, { phone = false, ...options } = {}) {
+  const size = phone ? { viewport: { width: 390, height: 844 }, deviceScaleFactor: 2 } : { viewport: { width: 520, height: 900 } };
+  const context = await browser.newContext({ ...size, ...options });
   const page = await context.newPage();
   const errors = [];
   page.on('pageerror', (error) => errors.push(error.message));
@@ -219,6 +223,11 @@ export function shownIds(state) {
  */
 export function animatedRow(page, kind, id) {
   return page.evaluate(([k, i]) => window.nimbra.animatedRows.some((row) => row.kind === k && row.id === i), [kind, id]);
+}
+
+/** Waits until no animation of the page is running (a slide, a sheet coming up). */
+export function animationsDone(page) {
+  return page.waitForFunction(() => document.getAnimations().every((animation) => animation.playState !== 'running'));
 }
 
 /** Lets the page's poll and animations settle. */

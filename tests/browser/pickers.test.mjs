@@ -7,7 +7,7 @@ import path from 'node:path';
 import { test } from 'node:test';
 
 import {
-  browser, current, follow, hostPath, makePng, openApp, rowOf, runScript, screenshot, setSwitch, settle,
+  animationsDone, browser, current, follow, hostPath, makePng, openApp, rowOf, runScript, screenshot, setSwitch, settle,
   startServer, stored, tempRoot, useBrowser, waitForState,
 } from './helpers.mjs';
 
@@ -140,6 +140,7 @@ async function choosePicture(page, row) {
   await row.click();
   const sheet = page.getByRole('alertdialog', { name: IMAGE_ROW });
   await sheet.waitFor();
+  await animationsDone(page);
   const [chooser] = await Promise.all([page.waitForEvent('filechooser'), sheet.getByRole('button', { name: 'Choose Picture' }).click()]);
   return chooser;
 }
@@ -208,6 +209,7 @@ test('a picture chosen on this computer is uploaded, stored as the script stores
     await row.click();
     const sheet = page.getByRole('alertdialog', { name: IMAGE_ROW });
     await sheet.waitFor();
+    await animationsDone(page);
     await screenshot(page, 'image-action-sheet');
     await sheet.getByRole('button', { name: 'Remove Picture' }).click();
     const removed = await waitForState(server, (s) => !rowOf(s, { label: IMAGE_ROW })?.image);
