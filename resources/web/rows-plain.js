@@ -85,8 +85,10 @@ export const PLAIN_ROWS = {
     };
   },
 
+  /** A link to another page, announced as a link. */
   link(node) {
     node.update = detailRow(node, true);
     tappable(node, () => tapRow(node));
+    node.setAttribute('role', 'link');
   },
 };
