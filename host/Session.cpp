@@ -1,6 +1,7 @@
 #include "host/Session.h"
 
 #include "cells/NimbraImagePicker.h"
+#include "frame/NIMCollapsibleListController.h"
 #include "frame/SharedActions.h"
 #include "host/JsonValue.h"
 #include "host/RootSeed.h"
@@ -12,6 +13,7 @@
 #include "platform/UIImagePickerController.h"
 #include "platform/NSFileManager.h"
 #include "platform/PropertyListSerialization.h"
+#include "storage/NIMAppPicker.h"
 
 Session::Session(Options options)
 {
@@ -350,6 +352,19 @@ void Session::tick()
 
 namespace {
 
+/// How many apps the picker a row opens has chosen; nothing for a row that opens no app picker.
+std::optional<std::size_t> chosenApps(PSListController& page, const PSSpecifier& row)
+{
+    auto* collapsible = dynamic_cast<NIMCollapsibleListController*>(&page);
+    const std::string& name = row.propertyForKey("action").stringValue();
+    if (!collapsible || name.empty())
+        return std::nullopt;
+    for (auto& [selector, action] : collapsible->page().actions)
+        if (selector == name)
+            return NIMAppPicker::chosenCount(action);
+    return std::nullopt;
+}
+
 Session::Json colorJson(const std::optional<UIColor>& color)
 {
     if (!color)
@@ -376,6 +391,8 @@ Session::Json Session::state()
         auto& specifier = page->specifiers()[i];
         pageState["rows"][i]["index"] = i;
         pageState["rows"][i]["cell"] = std::string(PSCellTypeName(specifier->cellType()));
+        if (auto apps = chosenApps(*page, *specifier))
+            pageState["rows"][i]["apps"] = *apps;
         if (auto cell = page->cellForSpecifier(specifier)) {
             if (!cell->detailTextLabel().text.empty())
                 pageState["rows"][i]["subtitle"] = cell->detailTextLabel().text;

@@ -49,6 +49,14 @@ function makeGroup() {
       node.textContent = row.label || '';
     }
     node.classList.toggle('no-label', !header && !row.label);
+    // A titled group is announced as a heading.
+    if (!header && row.label) {
+      node.setAttribute('role', 'heading');
+      node.setAttribute('aria-level', '2');
+    } else {
+      node.removeAttribute('role');
+      node.removeAttribute('aria-level');
+    }
   };
   return node;
 }

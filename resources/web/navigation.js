@@ -95,16 +95,15 @@ export function renderNavigation(state, effects) {
   const titleView = $('#title-view');
   if (screen.sublist) {
     back.hidden = false;
-    setBackTitle(page && page.title);
     right.hidden = true;
     titleText.hidden = false;
     titleText.textContent = screen.sublist.title;
     titleView.hidden = true;
+    setBackTitle(page && page.title);
     return;
   }
   const stack = state.stack || [];
   back.hidden = stack.length < 2;
-  if (stack.length >= 2) setBackTitle(stack[stack.length - 2].title);
 
   if (page && page.rightButton) {
     right.hidden = false;
@@ -139,14 +138,38 @@ export function renderNavigation(state, effects) {
     titleText.hidden = false;
     titleText.textContent = page ? page.title || '' : '';
   }
+  if (stack.length >= 2) setBackTitle(stack[stack.length - 2].title);
 }
 
-/** The back button shows the previous page's title when it fits, else "Back", as UIKit does. */
+const GAP = 8; // between the back button's text and the title, in points
+
+let measurer = null;
+
+/** The width the text takes in node's font. */
+function textWidth(node, text) {
+  measurer = measurer || document.createElement('canvas').getContext('2d');
+  const style = getComputedStyle(node);
+  measurer.font = `${style.fontWeight} ${style.fontSize} ${style.fontFamily}`;
+  return measurer.measureText(text).width;
+}
+
+/**
+ * The back button shows the previous page's title whenever it fits between the button's chevron
+ * and the centred title, else "Back", else the chevron alone, as UIKit does.
+ */
 function setBackTitle(title) {
   const back = $('#nav-back');
   const text = back.querySelector('.text');
-  text.textContent = title || 'Back';
-  if (title && text.scrollWidth > text.clientWidth) text.textContent = 'Back';
+  const bar = $('#navigation').getBoundingClientRect();
+  const shown = ['#nav-title-text', '#title-view'].map($).find((node) => !node.hidden);
+  const titleBox = shown ? shown.getBoundingClientRect() : { width: 0 };
+  const titleWidth = shown === $('#nav-title-text') ? Math.min(textWidth(shown, shown.textContent), titleBox.width) : titleBox.width;
+  const titleLeft = bar.left + (bar.width - titleWidth) / 2;
+  text.textContent = '';
+  const room = titleLeft - GAP - text.getBoundingClientRect().left;
+  const fits = (candidate) => candidate && textWidth(text, candidate) <= room;
+  text.textContent = fits(title) ? title : fits('Back') ? 'Back' : '';
+  back.setAttribute('aria-label', `Back to ${title || 'the previous page'}`);
 }
 
 /** The back button (closing a list chooser first) and the page's bar button. */

@@ -119,16 +119,40 @@ export class PageView {
     this.search = input;
   }
 
-  /** Hides the app rows whose name and bundle identifier do not contain the search text. */
+  /**
+   * Hides the app rows whose name and bundle identifier do not contain the search text, and the
+   * headers of sections left empty; "No Results" when nothing matches.
+   */
   filter() {
     const query = this.search.value.trim().toLowerCase();
+    let matches = 0;
     for (const node of this.items.values()) {
       const row = node.item && node.item.row;
       if (!row || !node.classList.contains('cell')) continue;
       const bundle = (row.properties && row.properties.bundleIdentifier) || '';
       const match = !query || (row.label || '').toLowerCase().includes(query) || bundle.toLowerCase().includes(query);
       node.classList.toggle('filtered-out', !match);
+      if (match) matches++;
     }
+    let header = null;
+    let shown = 0;
+    const closeSection = () => header && header.classList.toggle('filtered-out', Boolean(query) && shown === 0);
+    for (const node of this.table.children) {
+      if (node.classList.contains('group')) {
+        closeSection();
+        header = node;
+        shown = 0;
+      } else if (node.classList.contains('cell') && !node.classList.contains('filtered-out')) {
+        shown++;
+      }
+    }
+    closeSection();
+    if (!this.noResults) {
+      this.noResults = el('div', 'no-results', 'No Results');
+      this.noResults.setAttribute('role', 'status');
+      this.element.append(this.noResults);
+    }
+    this.noResults.hidden = !query || matches > 0;
     this.shapeSections();
   }
 }

@@ -31,6 +31,13 @@ function detailRow(node, withChevron) {
   };
 }
 
+/** "None", "1 App", "3 Apps". */
+export function appCount(count) {
+  return count === 0 ? 'None' : `${count} ${count === 1 ? 'App' : 'Apps'}`;
+}
+
+let detailIds = 0;
+
 export const PLAIN_ROWS = {
   static(node) {
     node.update = detailRow(node, false);
@@ -54,18 +61,34 @@ export const PLAIN_ROWS = {
     };
   },
 
+  /** A button; one that opens an app picker shows how many apps are chosen, and a chevron. */
   button(node) {
     const labels = labelColumn(node);
+    const detail = el('div', 'cell-detail');
+    detail.id = `detail-${++detailIds}`;
+    const accessory = el('div', 'cell-accessory');
+    accessory.append(el('span', 'chevron-right'));
+    node.body.append(detail, accessory);
     const grip = addGrip(node);
     tappable(node, () => tapRow(node));
     node.update = (row) => {
       labels(row);
+      const picker = Number.isInteger(row.apps);
+      detail.textContent = picker ? appCount(row.apps) : '';
+      // Named by its label; the count describes it.
+      node.setAttribute('aria-label', row.label || '');
+      if (picker) node.setAttribute('aria-describedby', detail.id);
+      else node.removeAttribute('aria-describedby');
+      accessory.hidden = !picker;
+      node.classList.toggle('opens-picker', picker);
       grip(row);
     };
   },
 
+  /** A link to another page, announced as a link. */
   link(node) {
     node.update = detailRow(node, true);
     tappable(node, () => tapRow(node));
+    node.setAttribute('role', 'link');
   },
 };

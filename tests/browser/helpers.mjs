@@ -136,9 +136,13 @@ export async function launchBrowser() {
   });
 }
 
-/** A fresh browser context on the server's page, with script errors failing the test. */
-export async function openApp(browser, server) {
-  const context = await browser.newContext({ viewport: { width: 520, height: 900 } });
+/**
+ * A fresh browser context on the server's page, with script errors failing the test. options go
+ * to the context (default: a 520 × 900 window); phone: a 390 × 844 phone at 2× instead.
+ */
+export async function openApp(browser, server, { phone = false, ...options } = {}) {
+  const size = phone ? { viewport: { width: 390, height: 844 }, deviceScaleFactor: 2 } : { viewport: { width: 520, height: 900 } };
+  const context = await browser.newContext({ ...size, ...options });
   const page = await context.newPage();
   const errors = [];
   page.on('pageerror', (error) => errors.push(error.message));
@@ -221,6 +225,11 @@ export function animatedRow(page, kind, id) {
   return page.evaluate(([k, i]) => window.nimbra.animatedRows.some((row) => row.kind === k && row.id === i), [kind, id]);
 }
 
+/** Waits until no animation of the page is running (a slide, a sheet coming up). */
+export function animationsDone(page) {
+  return page.waitForFunction(() => document.getAnimations().every((animation) => animation.playState !== 'running'));
+}
+
 /** Lets the page's poll and animations settle. */
 export function settle(page, ms = 500) {
   return page.waitForTimeout(ms);
@@ -229,7 +238,8 @@ export function settle(page, ms = 500) {
 /** Taps the link (or button) row with this label on the current page and waits for the next page. */
 export async function follow(page, server, label) {
   const before = (await server.state()).stack.length;
-  await current(page).getByRole('button', { name: label, exact: true }).first().click();
+  const name = { name: label, exact: true };
+  await current(page).getByRole('link', name).or(current(page).getByRole('button', name)).first().click();
   const state = await waitForState(server, (s) => s.stack.length === before + 1);
   await page.locator(`.page.current[data-page="${state.page.page}"]`).waitFor();
   // The page has finished sliding in.

@@ -7,7 +7,7 @@ import path from 'node:path';
 import { test } from 'node:test';
 
 import {
-  browser, current, follow, hostPath, makePng, openApp, rowOf, runScript, screenshot, setSwitch, settle,
+  animationsDone, browser, current, follow, hostPath, makePng, openApp, rowOf, runScript, screenshot, setSwitch, settle,
   startServer, stored, tempRoot, useBrowser, waitForState,
 } from './helpers.mjs';
 
@@ -24,6 +24,8 @@ test('an app is picked from the app list, found by name or bundle identifier', a
     await current(page).getByRole('radio', { name: 'Custom' }).click();
     await waitForState(server, (s) => rowOf(s, { label: 'Hide in Selected Apps' }));
     await setSwitch(page, server, 'Hide in Selected Apps');
+    const opener = current(page).getByRole('button', { name: 'Select Apps', exact: true });
+    assert.equal(await opener.locator('.cell-detail').textContent(), 'None', 'the row says how many apps are chosen');
     const state = await follow(page, server, 'Select Apps');
     assert.ok(state.picker, 'the app picker is on top');
     const { identifier, key } = state.picker;
@@ -34,7 +36,13 @@ test('an app is picked from the app list, found by name or bundle identifier', a
     assert.deepEqual(await visible.locator('.cell-label').allTextContents(), ['Safari']);
     await search.fill('mobileslide');
     assert.deepEqual(await visible.locator('.cell-label').allTextContents(), ['Photos']);
+    await search.fill('no such app');
+    assert.equal(await visible.count(), 0);
+    await current(page).getByText('No Results', { exact: true }).waitFor();
+    assert.equal(await current(page).locator('.group:not(.filtered-out):not(.no-label)').count(), 0, 'no empty section header');
+    await screenshot(page, 'app-picker-no-results');
     await search.fill('');
+    assert.equal(await current(page).getByText('No Results', { exact: true }).isVisible(), false);
     assert.equal(await visible.count(), state.page.rows.filter((row) => row.properties.bundleIdentifier).length);
 
     await search.fill('Safari');
@@ -54,6 +62,8 @@ test('an app is picked from the app list, found by name or bundle identifier', a
     await page.locator('#nav-back').click();
     await waitForState(server, (s) => !s.picker);
     await page.locator('.page.current[data-page="NIMCPUInfoVisibilityPrefsListController"]').waitFor();
+    await page.waitForFunction(() => [...document.querySelectorAll('.page.current .cell')].some((cell) => cell.textContent.includes('1 App')));
+    assert.equal(await current(page).getByRole('button', { name: 'Select Apps', exact: true }).locator('.cell-detail').textContent(), '1 App');
     assert.deepEqual(page.scriptErrors, []);
   } finally {
     await server.stop();
@@ -122,7 +132,7 @@ const IMAGE_FILE = '/var/jb/var/mobile/Library/Nimbra/ControlCenterBackgroundLig
 /** Reaches the Control Center page's picture rows through the pages, or says why it cannot. */
 async function reachImageRow(page, server) {
   await setSwitch(page, server, 'Enable Nimbra');
-  const link = current(page).getByRole('button', { name: 'Control Center', exact: true });
+  const link = current(page).getByRole('link', { name: 'Control Center', exact: true });
   await link.waitFor({ timeout: 3000 }).catch(() => {});
   if (!(await link.count())) return 'the root page has no Control Center link';
   await follow(page, server, 'Control Center');
@@ -140,6 +150,7 @@ async function choosePicture(page, row) {
   await row.click();
   const sheet = page.getByRole('alertdialog', { name: IMAGE_ROW });
   await sheet.waitFor();
+  await animationsDone(page);
   const [chooser] = await Promise.all([page.waitForEvent('filechooser'), sheet.getByRole('button', { name: 'Choose Picture' }).click()]);
   return chooser;
 }
@@ -208,6 +219,7 @@ test('a picture chosen on this computer is uploaded, stored as the script stores
     await row.click();
     const sheet = page.getByRole('alertdialog', { name: IMAGE_ROW });
     await sheet.waitFor();
+    await animationsDone(page);
     await screenshot(page, 'image-action-sheet');
     await sheet.getByRole('button', { name: 'Remove Picture' }).click();
     const removed = await waitForState(server, (s) => !rowOf(s, { label: IMAGE_ROW })?.image);
@@ -221,6 +233,7 @@ test('a picture chosen on this computer is uploaded, stored as the script stores
     await Promise.all([page.waitForEvent('filechooser'), row.click()]);
     await waitForState(server, (s) => s.presented?.kind === 'imagePicker');
     const photos2 = page.getByRole('dialog', { name: 'Photos' });
+    await photos2.waitFor();
     assert.deepEqual(await photos2.getByRole('button').allTextContents(), ['Cancel', 'Choose a Picture…'], 'only real choices');
     await photos2.getByRole('button', { name: 'Cancel' }).click();
     await waitForState(server, (s) => !s.presented);

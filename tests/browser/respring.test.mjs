@@ -112,7 +112,7 @@ test('Reset All Colors: Cancel changes nothing; Confirm deletes as the script do
     assert.equal(await alert.locator('.alert-message').textContent(), 'Do you really want to reset all colors?');
     const confirm = alert.getByRole('button', { name: 'Confirm' });
     const cancel = alert.getByRole('button', { name: 'Cancel' });
-    assert.equal(await confirm.evaluate((node) => getComputedStyle(node).color), 'rgb(255, 59, 48)', 'destructive');
+    assert.equal(await confirm.evaluate((node) => getComputedStyle(node).color), 'rgb(215, 0, 21)', 'destructive');
     assert.equal(await cancel.evaluate((node) => getComputedStyle(node).fontWeight), '600', 'cancel');
     await screenshot(page, 'reset-alert');
 

@@ -132,7 +132,7 @@ test('scrolling the header away fades the title in; scrolling back fades it out'
 
 test('a link opens its page, and the back button returns', async () => {
   const page = await openApp(browser, server);
-  await current(page).getByRole('button', { name: 'Nimbra Settings' }).click();
+  await current(page).getByRole('link', { name: 'Nimbra Settings' }).click();
   await waitForState(server, (s) => s.page.page === 'NIMNimbraSettingsPrefsListController');
   await page.locator('.page.current[data-page="NIMNimbraSettingsPrefsListController"]').waitFor();
   await settle(page);
