@@ -15,8 +15,8 @@ constexpr std::string_view kImageFolder = "/var/jb/var/mobile/Library/Nimbra/";
 
 }  // namespace
 
-ServerSession::ServerSession(Session::Options options, std::size_t eventHistory)
-    : _eventHistory(eventHistory)
+ServerSession::ServerSession(Session::Options options, EventHistoryLimits limits)
+    : _limits(limits)
 {
     // The new process must not stay current once made: other tabs' work comes next.
     ProcessScope none(nullptr);
@@ -53,9 +53,12 @@ void ServerSession::drain()
     _session->commit();
     Json drained = _session->events();
     for (auto& event : drained["events"]) {
+        _historyBytes += event.dump().size();
         _history.emplace_back(++_sequence, std::move(event));
-        if (_history.size() > _eventHistory)
+        while (_history.size() > 1 && (_history.size() > _limits.count || _historyBytes > _limits.bytes)) {
+            _historyBytes -= _history.front().second.dump().size();
             _history.pop_front();
+        }
     }
 }
 

@@ -16,13 +16,19 @@
 #include <string>
 #include <utility>
 
+/// How many events a session keeps for a screen that is behind, and how many bytes of JSON they may
+/// take together (the newest event is always kept).
+struct EventHistoryLimits {
+    std::size_t count = 4096;
+    std::size_t bytes = 8 * 1024 * 1024;
+};
+
 class ServerSession {
 public:
     using Json = nlohmann::ordered_json;
 
-    /// Opens the bundle's root page in a new session; eventHistory bounds the events kept for a
-    /// screen that is behind.
-    ServerSession(Session::Options options, std::size_t eventHistory);
+    /// Opens the bundle's root page in a new session.
+    ServerSession(Session::Options options, EventHistoryLimits limits);
     ~ServerSession();
     ServerSession(const ServerSession&) = delete;
     ServerSession& operator=(const ServerSession&) = delete;
@@ -51,8 +57,9 @@ private:
     std::uint64_t identity(const std::shared_ptr<const void>& object);
 
     std::unique_ptr<Session> _session;
-    std::size_t _eventHistory;
+    EventHistoryLimits _limits;
     std::deque<std::pair<std::uint64_t, Json>> _history;
+    std::size_t _historyBytes = 0;  // the events of the history, as JSON text
     std::uint64_t _sequence = 0;
     std::map<const void*, std::pair<std::weak_ptr<const void>, std::uint64_t>> _identities;
     std::uint64_t _nextIdentity = 0;

@@ -1,5 +1,6 @@
 #include "host/Session.h"
 
+#include "cells/NimbraImagePicker.h"
 #include "frame/SharedActions.h"
 #include "host/JsonValue.h"
 #include "host/RootSeed.h"
@@ -191,6 +192,30 @@ void Session::image(const std::filesystem::path& path)
     if (!picked)
         throw CommandError("\"" + path.string() + "\" is not an image file");
     picker->pick(std::move(picked));
+}
+
+void Session::removeImage(const std::string& id)
+{
+    auto row = shownRow("id", id);
+    auto& rows = requireTopPage()->specifiers();
+    removeImageAt(static_cast<std::size_t>(std::find(rows.begin(), rows.end(), row) - rows.begin()));
+}
+
+void Session::removeImageAt(std::size_t index)
+{
+    auto page = requireTopPage();
+    auto& rows = page->specifiers();
+    if (index >= rows.size())
+        throw CommandError(page->className() + " shows no row " + std::to_string(index));
+    auto& row = rows[index];
+    std::string id = "\"" + (row->identifier().empty() ? std::to_string(index) : row->identifier()) + "\"";
+    auto picker = std::dynamic_pointer_cast<NimbraImagePicker>(page->cellForSpecifier(row));
+    if (!picker)
+        throw CommandError("row " + id + " is not a picture row");
+    if (!row->isEnabled())
+        throw CommandError("the row " + id + " is disabled");
+    if (!picker->removeImage())
+        throw CommandError("the picture of row " + id + " could not be removed");
 }
 
 void Session::cancel()

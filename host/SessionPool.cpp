@@ -2,11 +2,11 @@
 
 #include <algorithm>
 
-SessionPool::SessionPool(Session::Options options, std::size_t limit, std::size_t eventHistory)
+SessionPool::SessionPool(Session::Options options, std::size_t limit, EventHistoryLimits history)
     : _options(std::move(options))
     , _limit(std::max<std::size_t>(limit, 1))
-    , _eventHistory(eventHistory)
-    , _main(std::make_unique<ServerSession>(_options, eventHistory))
+    , _history(history)
+    , _main(std::make_unique<ServerSession>(_options, history))
 {
 }
 
@@ -41,7 +41,7 @@ ServerSession& SessionPool::start(const std::string& id)
         _tabs.erase(oldest);
     }
     auto& session = _tabs[id];
-    session = std::make_unique<ServerSession>(_options, _eventHistory);
+    session = std::make_unique<ServerSession>(_options, _history);
     return *session;
 }
 

@@ -21,7 +21,7 @@ public:
     static constexpr std::size_t kDefaultLimit = 32;
 
     /// The main session is made at once, on the root page.
-    SessionPool(Session::Options options, std::size_t limit, std::size_t eventHistory);
+    SessionPool(Session::Options options, std::size_t limit, EventHistoryLimits history);
 
     /// Whether id can name a session: 8 to 64 letters, digits, "-" and "_".
     static bool isValidId(std::string_view id);
@@ -41,7 +41,7 @@ public:
 private:
     Session::Options _options;
     std::size_t _limit;
-    std::size_t _eventHistory;
+    EventHistoryLimits _history;
     std::unique_ptr<ServerSession> _main;
     std::map<std::string, std::unique_ptr<ServerSession>, std::less<>> _tabs;
 };

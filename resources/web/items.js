@@ -62,6 +62,12 @@ function makeFooter(item) {
   return node;
 }
 
+/** The label of the group row above row on page ('' when there is none). */
+function groupLabel(page, row) {
+  for (let i = Math.min(row.index, page.rows.length) - 1; i >= 0; i--) if (page.rows[i].cell === 'PSGroupCell') return page.rows[i].label || '';
+  return '';
+}
+
 function makeCell(item) {
   const node = el('div', `item cell kind-${item.kind}`);
   const body = el('div', 'cell-body');
@@ -78,6 +84,7 @@ function makeCell(item) {
     node.dataset.index = row.index;
     node.classList.toggle('disabled', !row.enabled);
     node.row = row;
+    node.groupLabel = groupLabel(page, row);
     // Leave a control alone while the user is working it.
     if (node.contains(document.activeElement) && document.activeElement.matches('input[type=text], input:not([type]), input[type=password]')) return;
     if (node.dragging) return;

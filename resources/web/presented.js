@@ -29,18 +29,36 @@ export function redrawPresented() {
   if (screen.state) renderPresented(screen.state.presented);
 }
 
+/** The photo library: this computer's pictures, through its file chooser. */
 function showPhotos() {
   const body = sheet('Photos', { onCancel: () => act('/api/cancel') });
-  const grid = el('div', 'photos-grid');
-  for (let i = 0; i < 12; i++) grid.append(el('span'));
+  const note = el('p', 'sheet-note', 'Pictures come from this computer.');
   const choose = el('button', 'sheet-button', 'Choose a Picture…');
   choose.type = 'button';
   choose.addEventListener('click', openFileChooser);
-  body.append(choose, grid);
+  body.append(note, choose);
 }
 
+/** The address that hands a message to the desktop's mail program. */
+export function mailtoLink(mail) {
+  const to = (mail.to || []).map((address) => encodeURIComponent(address).replace(/%40/g, '@')).join(',');
+  const query = [];
+  if (mail.subject) query.push(`subject=${encodeURIComponent(mail.subject)}`);
+  if (mail.body) query.push(`body=${encodeURIComponent(mail.body)}`);
+  return `mailto:${to}${query.length ? `?${query.join('&')}` : ''}`;
+}
+
+/**
+ * The mail composer. Nothing on a desktop can send as the phone would, so Send hands the message
+ * to the desktop's mail program and closes the composer.
+ */
 function showMail(mail) {
-  const body = sheet('New Message', { onCancel: () => act('/api/cancel') });
+  const body = sheet('New Message', {
+    onCancel: () => act('/api/cancel'),
+    done: 'Send',
+    doneHref: mailtoLink(mail),
+    onDone: () => act('/api/cancel'),
+  });
   const card = el('div', 'card');
   const field = (name, value) => {
     const line = el('div', 'mail-field', `${name}: `);

@@ -23,11 +23,33 @@ export function tapRow(node) {
   act('/api/tap', { index: row.index });
 }
 
-/** Sets node's row's key to value (nothing for a disabled row). */
+/** Sets node's row's key to value (nothing for a disabled row); resolves once the answer is drawn. */
 export function setValue(node, value) {
   const row = node.row;
-  if (!row || !row.enabled) return;
-  act('/api/set', { key: row.properties.key, value });
+  if (!row || !row.enabled) return Promise.resolve();
+  return act('/api/set', { key: row.properties.key, value });
+}
+
+/**
+ * The name a control of node's row is known by: the row's label, else the header of the group
+ * holding it, else fallback (never a preference key).
+ */
+export function controlName(node, fallback) {
+  return (node.row && node.row.label) || node.groupLabel || fallback;
+}
+
+/**
+ * A title line drawn above a control whose row has a label (as iOS draws a titled segment row);
+ * answers its update(row), which hides the line for a row without a label.
+ */
+export function controlTitle(node) {
+  const title = el('div', 'control-title cell-label');
+  node.body.classList.add('stacked');
+  node.body.prepend(title);
+  return (row) => {
+    title.textContent = row.label || '';
+    title.hidden = !row.label;
+  };
 }
 
 /** The text a row's value shows at the right of the cell ('' for none or a collection). */

@@ -5,6 +5,7 @@ import { act } from './api.js';
 import { colourLibrary, colourOf, cssColour, formatColour } from './colour.js';
 import { openColourEditor } from './colour-editor.js';
 import { el, tappable } from './dom.js';
+import { showActionSheet } from './alerts.js';
 import { openFileChooser } from './presented.js';
 import { labelColumn, tapRow } from './row-parts.js';
 import { toggleParts } from './rows-plain.js';
@@ -42,18 +43,36 @@ export const PICKER_ROWS = {
     };
   },
 
+  /**
+   * A picture row: the stored picture's preview (a placeholder while there is none) and a chevron.
+   * An empty row opens the photo library; a row with a picture first offers "Choose Picture" and
+   * "Remove Picture".
+   */
   image(node) {
     const labels = labelColumn(node);
     const preview = el('img', 'preview empty');
     preview.alt = '';
+    const placeholder = el('span', 'preview-placeholder');
+    placeholder.setAttribute('aria-hidden', 'true');
     const accessory = el('div', 'cell-accessory');
-    accessory.append(preview);
+    accessory.append(preview, placeholder, el('span', 'chevron-right'));
     node.body.append(accessory);
-    tappable(node, () => {
-      // The photo library opens at once (a browser lets a page open a file chooser only while it
-      // handles the click); the session is told of the tap meanwhile and shows its picker.
+    // The photo library opens at once (a browser lets a page open a file chooser only while it
+    // handles the click); the session is told of the tap meanwhile and shows its picker.
+    const choose = () => {
       openFileChooser();
       tapRow(node);
+    };
+    tappable(node, () => {
+      if (preview.classList.contains('empty')) {
+        choose();
+        return;
+      }
+      showActionSheet(node.row.label || 'Picture', [
+        { title: 'Choose Picture', handler: choose },
+        { title: 'Remove Picture', style: 'destructive', handler: () => act('/api/removeimage', { index: node.row.index }) },
+        { title: 'Cancel', style: 'cancel' },
+      ]);
     });
     node.update = (row) => {
       labels(row);
@@ -69,6 +88,9 @@ export const PICKER_ROWS = {
         preview.removeAttribute('src');
         preview.classList.add('empty');
       }
+      placeholder.hidden = !preview.classList.contains('empty');
+      placeholder.style.width = placeholder.style.height = `${side}px`;
+      node.setAttribute('aria-label', `${row.label || 'Picture'}, ${preview.classList.contains('empty') ? 'no picture' : 'picture chosen'}`);
     };
   },
 

@@ -76,7 +76,7 @@ test('a list row chooses its value on a page of its own', async () => {
 test('a slider stores its value when it is let go, as a real number', async () => {
   const page = await openApp(browser, server);
   await openCPUInfoPage(page, 'Label');
-  const slider = current(page).getByRole('slider', { name: 'fontSize' });
+  const slider = current(page).getByRole('slider', { name: 'Font Size', exact: true });
   const box = await slider.boundingBox();
   const before = stored(server.root, 'com.veltram.nimbraprefs.cpuinfo').fontSize;
   await page.mouse.move(box.x + box.width * 0.35, box.y + box.height / 2);

@@ -70,7 +70,7 @@ test('the browser and the script leave the same preference files', async () => {
   await editor.getByRole('button', { name: 'Done' }).click();
   await waitForState(server, (s) => rowOf(s, { key: 'textColor' })?.value === '#FF8800');
   script.push('set textColor "#FF8800"');
-  const slider = current(page).getByRole('slider', { name: 'fontSize' });
+  const slider = current(page).getByRole('slider', { name: 'Font Size', exact: true });
   const box = await slider.boundingBox();
   await page.mouse.click(box.x + box.width - 1, box.y + box.height / 2);
   await waitForState(server, (s) => rowOf(s, { key: 'fontSize' }).value === 20);

@@ -89,7 +89,7 @@ for (const { library, expected } of LIBRARIES) {
       await editor.waitFor();
       assert.equal(await editor.getByLabel('Hex').inputValue(), 'FFFFFF', 'the fallback colour until one is stored');
       await editor.getByLabel('Hex').fill('FF0000');
-      await editor.getByLabel('Alpha').fill('0.5');
+      await editor.getByLabel('Opacity').fill('0.5');
       await screenshot(page, `colour-editor-${library ?? 'none'}`);
       await editor.getByRole('button', { name: 'Done' }).click();
 
@@ -105,7 +105,7 @@ for (const { library, expected } of LIBRARIES) {
       await colourRow.click();
       await editor.waitFor();
       assert.equal(await editor.getByLabel('Hex').inputValue(), 'FF0000');
-      assert.equal(Number(await editor.getByLabel('Alpha').inputValue()), 0.5);
+      assert.equal(Number(await editor.getByLabel('Opacity').inputValue()), 0.5);
       await editor.getByRole('button', { name: 'Cancel' }).click();
       await editor.waitFor({ state: 'detached' });
       await screenshot(page, `colour-row-${library ?? 'none'}`);
@@ -133,6 +133,15 @@ async function reachImageRow(page, server) {
   await image.click();
   await waitForState(server, (s) => s.page.rows.some((row) => row.cellClass === 'NimbraImagePicker'));
   return null;
+}
+
+/** Taps a picture row that has a picture, and "Choose Picture" in the sheet it shows; answers the file chooser. */
+async function choosePicture(page, row) {
+  await row.click();
+  const sheet = page.getByRole('alertdialog', { name: IMAGE_ROW });
+  await sheet.waitFor();
+  const [chooser] = await Promise.all([page.waitForEvent('filechooser'), sheet.getByRole('button', { name: 'Choose Picture' }).click()]);
+  return chooser;
 }
 
 test('a picture chosen on this computer is uploaded, stored as the script stores it, and previewed', async (t) => {
@@ -176,8 +185,9 @@ test('a picture chosen on this computer is uploaded, stored as the script stores
     ]);
     assert.ok(stored.equals(fs.readFileSync(hostPath(scriptRoot, IMAGE_FILE))), 'browser and script store identical PNG files');
 
-    // Cancelling the photo library keeps the stored picture.
-    await Promise.all([page.waitForEvent('filechooser'), row.click()]);
+    // A row with a picture offers to choose another or to remove it; cancelling the photo library
+    // keeps the stored picture.
+    await choosePicture(page, row);
     const photos = page.getByRole('dialog', { name: 'Photos' });
     await photos.waitFor();
     await photos.getByRole('button', { name: 'Cancel' }).click();
@@ -186,12 +196,33 @@ test('a picture chosen on this computer is uploaded, stored as the script stores
     assert.ok(fs.readFileSync(hostPath(server.root, IMAGE_FILE)).equals(stored));
 
     // A file that is not a picture is refused and nothing changes.
-    const [again] = await Promise.all([page.waitForEvent('filechooser'), row.click()]);
+    const again = await choosePicture(page, row);
     await waitForState(server, (s) => s.presented?.kind === 'imagePicker');
     await again.setFiles({ name: 'notes.txt', mimeType: 'text/plain', buffer: Buffer.from('not a picture') });
     await page.locator('#toast', { hasText: 'not a picture' }).waitFor();
     assert.equal((await server.state()).presented?.kind, 'imagePicker', 'the photo library stays open');
     await page.getByRole('dialog', { name: 'Photos' }).getByRole('button', { name: 'Cancel' }).click();
+    await waitForState(server, (s) => !s.presented);
+
+    // "Remove Picture" deletes the stored file; the row shows its placeholder again.
+    await row.click();
+    const sheet = page.getByRole('alertdialog', { name: IMAGE_ROW });
+    await sheet.waitFor();
+    await screenshot(page, 'image-action-sheet');
+    await sheet.getByRole('button', { name: 'Remove Picture' }).click();
+    const removed = await waitForState(server, (s) => !rowOf(s, { label: IMAGE_ROW })?.image);
+    assert.equal(rowOf(removed, { label: IMAGE_ROW }).image, undefined);
+    assert.equal(fs.existsSync(hostPath(server.root, IMAGE_FILE)), false, 'the stored picture is deleted');
+    await row.locator('.preview-placeholder:not([hidden])').waitFor();
+    assert.equal(await row.locator('img.preview').isVisible(), false);
+    assert.equal(await row.locator('.chevron-right').count(), 1, 'an empty row reads as tappable');
+    await screenshot(page, 'image-removed');
+    // An empty row opens the photo library at once.
+    await Promise.all([page.waitForEvent('filechooser'), row.click()]);
+    await waitForState(server, (s) => s.presented?.kind === 'imagePicker');
+    const photos2 = page.getByRole('dialog', { name: 'Photos' });
+    assert.deepEqual(await photos2.getByRole('button').allTextContents(), ['Cancel', 'Choose a Picture…'], 'only real choices');
+    await photos2.getByRole('button', { name: 'Cancel' }).click();
     await waitForState(server, (s) => !s.presented);
     assert.deepEqual(page.scriptErrors, []);
   } finally {
