@@ -298,6 +298,15 @@ test('the desktop layout at 1440×900 and the phone layout at 390×844', async (
     await phone.locator('#search-results .search-result').first().waitFor();
     await screenshot(phone, 'desktop-phone-search-390x844');
     await phone.context().close();
+
+    // A window shorter than the frame keeps the frame's size and scrolls.
+    const short = await openTab(server, { viewport: { width: 800, height: 500 } });
+    const frame = await short.locator('#device').boundingBox();
+    assert.equal(Math.round(frame.width), 375);
+    assert.equal(Math.round(frame.height), 812);
+    assert.ok(await short.evaluate(() => document.documentElement.scrollHeight > innerHeight), 'the window scrolls');
+    await screenshot(short, 'desktop-short-window-800x500');
+    await short.context().close();
   } finally {
     await server.stop();
   }
