@@ -1,8 +1,11 @@
 #include "host/Server.h"
 
-#include "cells/NimbraImagePicker.h"
+#include "frame/NIMPageCatalog.h"
 #include "host/GuardedHttpServer.h"
 #include "host/JsonValue.h"
+#include "host/SearchIndex.h"
+#include "host/SessionPool.h"
+#include "host/SettingsBackup.h"
 #include "platform/NSFileManager.h"
 #include "platform/PSListController.h"
 
@@ -42,6 +45,19 @@ public:
     }
     int status;
 };
+
+/// A request naming a session that ended (dropped as the least recently used) or never began.
+class UnknownSession : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+/// The header (or, for requests that cannot carry one, the "session" parameter) naming a tab's session.
+constexpr const char* kSessionHeader = "X-Nimbra-Session";
+/// The longest a request for events waits for one to happen, and how many may wait at once (each
+/// holds a connection and a worker; more are answered at once).
+constexpr double kMaxEventWaitSeconds = 30;
+constexpr int kMaxEventWaiters = 8;
 
 /// Where picked images are stored on the device; /api/file serves PNG files from here only.
 constexpr std::string_view kImageFolder = "/var/jb/var/mobile/Library/Nimbra/";
@@ -178,19 +194,17 @@ const char* contentType(const fs::path& path)
 
 struct WebServer::Impl {
     Options options;
-    Session session;
-    std::mutex mutex;  // the session, the event history and the row identities
+    std::mutex mutex;  // every session, its event history and its row identities
+    SessionPool sessions;
+    const SearchIndex search;  // built once, read by any thread
     GuardedHttpServer http;
     int port = 0;
 
-    std::deque<std::pair<std::uint64_t, Json>> history;
-    std::size_t historyBytes = 0;  // the events of history, as JSON text
-    std::uint64_t sequence = 0;
-
-    // Stable identities of the objects a screen draws (rows, pages), so that a browser can tell a
-    // row that moved from a new row with the same label.
-    std::map<const void*, std::pair<std::weak_ptr<const void>, std::uint64_t>> identities;
-    std::uint64_t nextIdentity = 0;
+    // Requests for events that wait for one: woken when any session's history grows or on stop.
+    std::condition_variable eventsWake;
+    int waiters = 0;
+    std::uint64_t answers = 0;  // states answered so far
+    bool closing = false;  // stop() was called: waiting requests answer at once
 
     fs::path uploads;
     std::uint64_t uploadCount = 0;
@@ -202,7 +216,9 @@ struct WebServer::Impl {
 
     Impl(Session::Options sessionOptions, Options serverOptions)
         : options(std::move(serverOptions))
-        , session((sessionOptions.clock = MainQueue::Clock::Real, std::move(sessionOptions)))
+        , sessions((sessionOptions.clock = MainQueue::Clock::Real, sessionOptions), options.sessionLimit,
+                   {options.eventHistory, options.eventHistoryBytes})
+        , search(sessionOptions.resources)
         , http(options.connections)
     {
         routes();
@@ -215,61 +231,52 @@ struct WebServer::Impl {
             fs::remove_all(uploads, ec);
     }
 
-    std::uint64_t identity(const std::shared_ptr<const void>& object)
+    /// The id of the session a request names ("" for none: the main session).
+    static std::string sessionId(const httplib::Request& req)
     {
-        auto it = identities.find(object.get());
-        if (it != identities.end() && it->second.first.lock() == object)
-            return it->second.second;
-        if (identities.size() > 8192)
-            std::erase_if(identities, [](auto& entry) { return entry.second.first.expired(); });
-        identities[object.get()] = {object, ++nextIdentity};
-        return nextIdentity;
+        std::string id = req.has_header(kSessionHeader) ? req.get_header_value(kSessionHeader) : req.get_param_value("session");
+        if (!id.empty() && !SessionPool::isValidId(id))
+            throw HttpError(400, "a session id is 8 to 64 letters, digits, \"-\" or \"_\"");
+        return id;
     }
 
-    /// Moves what the session recorded into the numbered history. Call with the mutex held.
-    void drain()
+    /// The session a request names. Call with the mutex held.
+    ServerSession& sessionFor(const std::string& id)
     {
-        session.commit();
-        Json drained = session.events();
-        for (auto& event : drained["events"]) {
-            historyBytes += event.dump().size();
-            history.emplace_back(++sequence, std::move(event));
-            while (history.size() > 1 &&
-                   (history.size() > options.eventHistory || historyBytes > options.eventHistoryBytes)) {
-                historyBytes -= history.front().second.dump().size();
-                history.pop_front();
-            }
-        }
+        ServerSession* session = sessions.find(id);
+        if (!session)
+            throw UnknownSession("this tab's session has ended (the server keeps the " + std::to_string(sessions.limit()) +
+                                 " most recently used); start a new one");
+        return *session;
     }
 
-    /// The session's state with the event sequence number and the identities of the top page and
-    /// its rows; image rows carry the stored picture their preview shows.
-    Json state()
+    static std::uint64_t numberParameter(const httplib::Request& req, const char* name, std::uint64_t fallback)
     {
-        Json state = session.state();
-        state["seq"] = sequence;
-        auto page = session.topPage();
-        if (!page || !state["page"].is_object())
-            return state;
-        state["page"]["uid"] = identity(page);
-        auto& rows = state["page"]["rows"];
-        auto& specifiers = page->specifiers();
-        for (std::size_t i = 0; i < rows.size() && i < specifiers.size(); ++i) {
-            rows[i]["uid"] = identity(specifiers[i]);
-            auto picker = std::dynamic_pointer_cast<NimbraImagePicker>(page->cellForSpecifier(specifiers[i]));
-            if (!picker || !picker->previewContents())
-                continue;
-            std::string path = std::string(kImageFolder) + picker->fileName() + ".png";
-            Json image{{"path", path}, {"version", nullptr}};
-            std::error_code ec;
-            if (auto host = session.process().hostPath(path)) {
-                auto time = fs::last_write_time(*host, ec);
-                if (!ec)
-                    image["version"] = std::to_string(time.time_since_epoch().count()) + "-" +
-                                       std::to_string(fs::file_size(*host, ec));
-            }
-            rows[i]["image"] = image;
-        }
+        if (!req.has_param(name))
+            return fallback;
+        std::string text = req.get_param_value(name);
+        char* end = nullptr;
+        errno = 0;
+        unsigned long long parsed = std::strtoull(text.c_str(), &end, 10);
+        if (text.empty() || text.find_first_not_of("0123456789") != std::string::npos || *end || errno)
+            throw HttpError(400, std::string("\"") + name + "\" must be an event number");
+        return parsed;
+    }
+
+    /// The answer that lets a screen draw at once: the events numbered above since and the state.
+    Json screenUpdate(ServerSession& tab, std::uint64_t since)
+    {
+        Json body = tab.eventsSince(since);
+        body["state"] = stateOf(tab);
+        return body;
+    }
+
+    /// A tab's state, numbered: a screen draws no answer older than one it drew. Call with the
+    /// mutex held.
+    Json stateOf(ServerSession& tab)
+    {
+        Json state = tab.state();
+        state["answer"] = ++answers;
         return state;
     }
 
@@ -292,41 +299,108 @@ struct WebServer::Impl {
         return body;
     }
 
-    /// Runs one command under the session's lock and answers with its result and the sequence
-    /// number of the last event it caused.
-    void command(const httplib::Request& req, httplib::Response& res, const std::function<Json(const Json&)>& run,
-                 bool jsonBody = true)
+    /// Answers a refused request; anything else is answered by the handler.
+    static void refuse(const httplib::Request& req, httplib::Response& res, std::exception_ptr failure)
     {
         try {
-            Json body = jsonBody ? parseBody(req) : Json::object();
-            std::lock_guard lock(mutex);
-            try {
-                Json result = run(body);
-                drain();
-                if (!result.is_object())
-                    result = Json::object();
-                result["ok"] = true;
-                result["seq"] = sequence;
-                reply(res, 200, result);
-            } catch (...) {
-                drain();
-                throw;
-            }
+            std::rethrow_exception(failure);
         } catch (const HttpError& error) {
             reply(res, error.status, {{"error", error.what()}});
+        } catch (const UnknownSession& error) {
+            reply(res, 410, {{"error", error.what()}, {"session", "unknown"}});
         } catch (const CommandError& error) {
             reply(res, statusFor(error), {{"error", error.what()}});
+        } catch (const BackupError& error) {
+            reply(res, 400, {{"error", error.what()}});
         } catch (const std::exception& error) {
             std::cerr << "nimbra-prefs: " << req.method << ' ' << req.path << ": " << error.what() << std::endl;
             reply(res, 500, {{"error", std::string("internal error: ") + error.what()}});
         }
     }
 
-    void post(const std::string& path, std::function<Json(const Json&)> run)
+    /// Runs one command on the session the request names, under the lock, and answers with its
+    /// result, the events it caused (those numbered above "since" when the request gives it) and
+    /// the state after it, so that the screen draws after this one round trip.
+    void command(const httplib::Request& req, httplib::Response& res, const std::function<Json(const Json&, ServerSession&)>& run,
+                 bool jsonBody = true)
+    {
+        try {
+            Json body = jsonBody ? parseBody(req) : Json::object();
+            std::string id = sessionId(req);
+            std::lock_guard lock(mutex);
+            ServerSession& tab = sessionFor(id);
+            auto scope = tab.activate();
+            std::uint64_t since = numberParameter(req, "since", tab.sequence());
+            Json result;
+            try {
+                result = run(body, tab);
+            } catch (...) {
+                tab.drain();
+                eventsWake.notify_all();
+                throw;
+            }
+            tab.drain();
+            eventsWake.notify_all();
+            if (!result.is_object())
+                result = Json::object();
+            result["ok"] = true;
+            result.update(screenUpdate(tab, since));
+            reply(res, 200, result);
+        } catch (...) {
+            refuse(req, res, std::current_exception());
+        }
+    }
+
+    void post(const std::string& path, std::function<Json(const Json&, Session&)> run)
     {
         http.Post(path, [this, run = std::move(run)](const httplib::Request& req, httplib::Response& res) {
-            command(req, res, run);
+            command(req, res, [&](const Json& body, ServerSession& tab) { return run(body, tab.session()); });
         });
+    }
+
+    /// GET /api/events: the events numbered above since (and the state with state=1). With wait=S it
+    /// waits up to S seconds (at most kMaxEventWaitSeconds) for one, so that the revert of the
+    /// respring button or the end of a respring reach the screen as they happen.
+    void events(const httplib::Request& req, httplib::Response& res)
+    {
+        try {
+            std::string id = sessionId(req);
+            std::uint64_t since = numberParameter(req, "since", 0);
+            double wait = 0;
+            if (req.has_param("wait")) {
+                char* end = nullptr;
+                std::string text = req.get_param_value("wait");
+                wait = std::strtod(text.c_str(), &end);
+                if (text.empty() || *end || !std::isfinite(wait) || wait < 0)
+                    throw HttpError(400, "\"wait\" must be a number of seconds");
+                wait = std::min(wait, kMaxEventWaitSeconds);
+            }
+            std::unique_lock lock(mutex);
+            ServerSession* tab = &sessionFor(id);
+            {
+                auto scope = tab->activate();
+                tab->drain();
+            }
+            if (wait > 0 && tab->sequence() == since && waiters < kMaxEventWaiters) {
+                ++waiters;
+                auto deadline = std::chrono::steady_clock::now() + std::chrono::duration_cast<std::chrono::steady_clock::duration>(
+                                                                       std::chrono::duration<double>(wait));
+                eventsWake.wait_until(lock, deadline, [&] {
+                    tab = sessions.find(id);
+                    return closing || !tab || tab->sequence() != since;
+                });
+                --waiters;
+                if (!tab)
+                    throw UnknownSession("this tab's session has ended; start a new one");
+            }
+            auto scope = tab->activate();
+            Json body = tab->eventsSince(since);
+            if (req.has_param("state") && req.get_param_value("state") != "0")
+                body["state"] = stateOf(*tab);
+            reply(res, 200, body);
+        } catch (...) {
+            refuse(req, res, std::current_exception());
+        }
     }
 
     /// Whether the request comes from this server's own pages: the Host is the loopback address
@@ -363,10 +437,9 @@ struct WebServer::Impl {
         res.set_header("Cache-Control", "no-cache");
         res.set_content(std::move(*bytes), contentType(path));
     }
-
     void routes()
     {
-        http.set_payload_max_length(options.imageLimit);
+        http.set_payload_max_length(std::max(options.imageLimit, SettingsBackup::kMaximumSize));
         http.set_default_headers({
             {"X-Content-Type-Options", "nosniff"},
             {"X-Frame-Options", "DENY"},
@@ -419,41 +492,52 @@ struct WebServer::Impl {
         });
 
         // What the screen shows.
-        http.Get("/api/state", [this](const httplib::Request&, httplib::Response& res) {
-            std::lock_guard lock(mutex);
-            drain();
-            reply(res, 200, state());
+        http.Get("/api/state", [this](const httplib::Request& req, httplib::Response& res) {
+            try {
+                std::string id = sessionId(req);
+                std::lock_guard lock(mutex);
+                ServerSession& tab = sessionFor(id);
+                auto scope = tab.activate();
+                tab.drain();
+                reply(res, 200, stateOf(tab));
+            } catch (...) {
+                refuse(req, res, std::current_exception());
+            }
         });
-        http.Get("/api/events", [this](const httplib::Request& req, httplib::Response& res) {
-            std::uint64_t since = 0;
-            if (req.has_param("since")) {
-                std::string text = req.get_param_value("since");
-                char* end = nullptr;
-                errno = 0;
-                unsigned long long parsed = std::strtoull(text.c_str(), &end, 10);
-                if (text.empty() || text.find_first_not_of("0123456789") != std::string::npos || *end || errno) {
-                    reply(res, 400, {{"error", "\"since\" must be an event number"}});
-                    return;
-                }
-                since = parsed;
+        http.Get("/api/events", [this](const httplib::Request& req, httplib::Response& res) { events(req, res); });
+        // A tab starts (or starts afresh) its own session on the root page.
+        http.Post("/api/session", [this](const httplib::Request& req, httplib::Response& res) {
+            try {
+                std::string id = stringField(parseBody(req), "id");
+                if (!SessionPool::isValidId(id))
+                    throw HttpError(400, "a session id is 8 to 64 letters, digits, \"-\" or \"_\"");
+                std::lock_guard lock(mutex);
+                ServerSession& tab = sessions.start(id);
+                auto scope = tab.activate();
+                Json body = screenUpdate(tab, 0);
+                body["ok"] = true;
+                body["session"] = id;
+                reply(res, 200, body);
+            } catch (...) {
+                refuse(req, res, std::current_exception());
             }
-            std::lock_guard lock(mutex);
-            drain();
-            Json events = Json::array();
-            for (auto& [number, event] : history) {
-                if (number <= since)
-                    continue;
-                Json numbered = event;
-                numbered["seq"] = number;
-                events.push_back(std::move(numbered));
+        });
+        backupRoutes();
+        // The address of each page: the last part of its definition's name ("HomeScreenDock").
+        http.Get("/api/pages", [](const httplib::Request&, httplib::Response& res) {
+            Json pages = Json::object();
+            for (auto& entry : NIMPageCatalog::all()) {
+                const std::string& definition = entry.description().definition;
+                if (!definition.empty())
+                    pages[entry.className] = definition.substr(definition.rfind('/') + 1);
             }
-            std::uint64_t oldest = history.empty() ? sequence + 1 : history.front().first;
-            // Behind the kept history, or ahead of this server (a browser left open over a restart).
-            bool missed = since > sequence || since + 1 < oldest;
-            Json body{{"seq", sequence}, {"missed", missed}, {"events", events}};
-            if (req.has_param("state") && req.get_param_value("state") != "0")
-                body["state"] = state();
-            reply(res, 200, body);
+            reply(res, 200, pages);
+        });
+        http.Get("/api/search", [this](const httplib::Request& req, httplib::Response& res) {
+            Json results = Json::array();
+            for (const SearchIndex::Entry* entry : search.find(req.get_param_value("q")))
+                results.push_back(SearchIndex::toJson(*entry));
+            reply(res, 200, {{"results", results}});
         });
         http.Get("/api/file", [this](const httplib::Request& req, httplib::Response& res) {
             std::string path = req.get_param_value("path");
@@ -469,7 +553,7 @@ struct WebServer::Impl {
             std::optional<std::string> bytes;
             {
                 std::lock_guard lock(mutex);
-                if (auto host = session.process().hostPath(path))
+                if (auto host = sessions.main().session().process().hostPath(path))
                     bytes = readFile(*host, 256 * 1024 * 1024);
             }
             if (!bytes) {
@@ -481,11 +565,11 @@ struct WebServer::Impl {
         });
 
         // The user's gestures.
-        post("/api/open", [this](const Json& body) {
+        post("/api/open", [](const Json& body, Session& session) {
             session.open(stringField(body, "class"));
             return Json::object();
         });
-        post("/api/set", [this](const Json& body) {
+        post("/api/set", [](const Json& body, Session& session) {
             std::string key = stringField(body, "key");
             PlistValue value = plistFromJson(field(body, "value"), "value");
             // A slider hands over a float, whatever number the browser wrote.
@@ -496,7 +580,7 @@ struct WebServer::Impl {
             session.set(key, value);
             return Json::object();
         });
-        post("/api/tap", [this](const Json& body) {
+        post("/api/tap", [](const Json& body, Session& session) {
             bool byId = body.contains("id");
             if (byId == body.contains("index"))
                 throw HttpError(400, "give either \"id\" or \"index\"");
@@ -506,15 +590,15 @@ struct WebServer::Impl {
                 session.tapRow(indexField(body, "index"));
             return Json::object();
         });
-        post("/api/call", [this](const Json& body) {
+        post("/api/call", [](const Json& body, Session& session) {
             session.call(stringField(body, "name"));
             return Json::object();
         });
-        post("/api/alert", [this](const Json& body) {
+        post("/api/alert", [](const Json& body, Session& session) {
             session.alert(stringField(body, "title"));
             return Json::object();
         });
-        post("/api/pick", [this](const Json& body) {
+        post("/api/pick", [](const Json& body, Session& session) {
             const Json& identifiers = field(body, "bundleIDs");
             if (!identifiers.is_array())
                 throw HttpError(400, "\"bundleIDs\" must be an array of bundle identifiers");
@@ -527,51 +611,54 @@ struct WebServer::Impl {
             session.pick(list);
             return Json::object();
         });
-        post("/api/removeimage", [this](const Json& body) {
+        post("/api/removeimage", [](const Json& body, Session& session) {
             session.removeImageAt(indexField(body, "index"));
             return Json::object();
         });
-        post("/api/cancel", [this](const Json&) {
+        post("/api/cancel", [](const Json&, Session& session) {
             session.cancel();
             return Json::object();
         });
-        post("/api/back", [this](const Json&) {
+        post("/api/back", [](const Json&, Session& session) {
             session.back();
             return Json::object();
         });
-        post("/api/reload", [this](const Json&) {
+        post("/api/reload", [](const Json&, Session& session) {
             session.reload();
             return Json::object();
         });
-        post("/api/scroll", [this](const Json& body) {
+        post("/api/scroll", [](const Json& body, Session& session) {
             session.scroll(numberField(body, "y"));
             return Json::object();
         });
-        post("/api/button", [this](const Json&) {
+        post("/api/button", [](const Json&, Session& session) {
             session.tapBarButton();
             return Json::object();
         });
-        post("/api/relaunch", [this](const Json&) {
+        post("/api/relaunch", [](const Json&, Session& session) {
             session.relaunch();
             return Json::object();
         });
-        post("/api/move", [this](const Json& body) {
+        post("/api/move", [](const Json& body, Session& session) {
             moveRow(session, indexField(body, "from"), indexField(body, "to"));
             return Json::object();
         });
         http.Post("/api/image", [this](const httplib::Request& req, httplib::Response& res) {
-            command(req, res, [&](const Json&) { return image(req); }, false);
+            command(req, res, [&](const Json&, ServerSession& tab) { return image(req, tab.session()); }, false);
         });
     }
 
     /// The uploaded picture answers the image picker being shown.
-    Json image(const httplib::Request& req)
+    Json image(const httplib::Request& req, Session& session)
     {
         std::string type = req.get_header_value("Content-Type");
         if (type.rfind("image/", 0) != 0 && type.rfind("application/octet-stream", 0) != 0)
             throw HttpError(415, "upload the picture's bytes (Content-Type: image/... or application/octet-stream)");
         if (req.body.empty())
             throw HttpError(400, "no picture was uploaded");
+        // The server takes bodies as large as a backup; a picture has a limit of its own.
+        if (req.body.size() > options.imageLimit)
+            throw HttpError(413, "the request body is larger than " + sizeText(options.imageLimit));
         int width = 0, height = 0, components = 0;
         if (req.body.size() > static_cast<std::size_t>(INT32_MAX) ||
             !stbi_info_from_memory(reinterpret_cast<const stbi_uc*>(req.body.data()), static_cast<int>(req.body.size()),
@@ -610,6 +697,35 @@ struct WebServer::Impl {
         return Json::object();
     }
 
+    /// GET /api/backup downloads a backup of everything stored; POST /api/restore with a backup's
+    /// bytes lists what it would change (?dryRun=1) or restores it, after which the tab's session
+    /// opens afresh on the root page, as after a respring.
+    void backupRoutes()
+    {
+        http.Get("/api/backup", [this](const httplib::Request& req, httplib::Response& res) {
+            try {
+                std::lock_guard lock(mutex);
+                auto scope = sessions.main().activate();
+                std::string bytes = SettingsBackup::collect().data();
+                res.set_header("Content-Disposition", "attachment; filename=\"Nimbra Settings.plist\"");
+                res.set_header("Cache-Control", "no-store");
+                res.set_content(std::move(bytes), "application/x-plist");
+            } catch (...) {
+                refuse(req, res, std::current_exception());
+            }
+        });
+        http.Post("/api/restore", [this](const httplib::Request& req, httplib::Response& res) {
+            command(req, res, [&](const Json&, ServerSession& tab) {
+                SettingsBackup backup = SettingsBackup::fromData(req.body);
+                if (req.has_param("dryRun") && req.get_param_value("dryRun") != "0")
+                    return Json{{"changes", backup.changes()}};
+                backup.restore();
+                tab.session().relaunch();
+                return Json{{"restored", {{"domains", backup.domains().size()}, {"pictures", backup.pictures().size()}}}};
+            }, false);
+        });
+    }
+
     void tick()
     {
         std::unique_lock wait(tickMutex);
@@ -618,12 +734,20 @@ struct WebServer::Impl {
             wait.unlock();
             {
                 std::lock_guard lock(mutex);
-                try {
-                    session.tick();
-                    drain();
-                } catch (const std::exception& error) {
-                    std::cerr << "nimbra-prefs: " << error.what() << std::endl;
-                }
+                bool happened = false;
+                sessions.forEach([&](ServerSession& tab) {
+                    try {
+                        auto scope = tab.activate();
+                        std::uint64_t before = tab.sequence();
+                        tab.session().tick();
+                        tab.drain();
+                        happened = happened || tab.sequence() != before;
+                    } catch (const std::exception& error) {
+                        std::cerr << "nimbra-prefs: " << error.what() << std::endl;
+                    }
+                });
+                if (happened)
+                    eventsWake.notify_all();
             }
             wait.lock();
         }
@@ -663,8 +787,7 @@ bool WebServer::run()
 {
     {
         std::lock_guard lock(_impl->mutex);
-        _impl->session.open("NIMRootListController");
-        _impl->drain();
+        _impl->closing = false;
     }
     {
         std::lock_guard lock(_impl->tickMutex);
@@ -683,5 +806,11 @@ bool WebServer::run()
 
 void WebServer::stop()
 {
+    {
+        // Requests waiting for events answer at once.
+        std::lock_guard lock(_impl->mutex);
+        _impl->closing = true;
+    }
+    _impl->eventsWake.notify_all();
     _impl->http.stop();
 }

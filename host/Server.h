@@ -1,7 +1,9 @@
 #pragma once
-// `nimbra-prefs serve`: the bundle in a browser. One Session on the real clock, shown by the page
-// application in resources/web/ and driven through a small JSON API on 127.0.0.1. The browser is
-// only the screen and the finger: every decision stays with the session's pages.
+// `nimbra-prefs serve`: the bundle in a browser. Sessions on the real clock (one per browser tab,
+// see SessionPool), shown by the page application in resources/web/ and driven through a small
+// JSON API on 127.0.0.1. The browser is only the screen and the finger: every decision stays with
+// the session's pages. A gesture's answer carries the events and state it caused; what happens
+// later (the respring button's revert, the end of a respring) reaches a waiting /api/events.
 //
 // Safe by default: the server listens on the loopback address only and refuses requests whose
 // Host is not that address and port, whose Origin (when there is one) is another site, whose
@@ -28,17 +30,20 @@ public:
         /// Largest JSON request body, and largest uploaded image.
         std::size_t jsonLimit = 64 * 1024;
         std::size_t imageLimit = 16 * 1024 * 1024;
-        /// How many events /api/events keeps for browsers that are behind, and how many bytes of
-        /// JSON they may take together (the newest event is always kept).
+        /// How many events /api/events keeps per session for browsers that are behind, and how many
+        /// bytes of JSON they may take together (the newest event is always kept).
         std::size_t eventHistory = 4096;
         std::size_t eventHistoryBytes = 8 * 1024 * 1024;
         /// Read deadlines and the connections served at once (see ConnectionLimits).
         ConnectionLimits connections;
+        /// How many tabs' sessions are kept at most (the least recently used goes first).
+        std::size_t sessionLimit = 32;
         /// How often the session's main queue runs what fell due.
         double tickSeconds = 0.05;
     };
 
-    /// Makes the session (on the real clock, whatever the options say) and the routes.
+    /// Makes the main session (on the real clock, whatever the options say, on the root page) and
+    /// the routes.
     WebServer(Session::Options session, Options options);
     ~WebServer();
     WebServer(const WebServer&) = delete;

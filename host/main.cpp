@@ -4,8 +4,12 @@
 #include "host/HostOptions.h"
 #include "host/Lint.h"
 #include "host/ScriptRunner.h"
+#include "host/SearchIndex.h"
+#include "host/SettingsBackup.h"
 #include "host/Server.h"
 #include "host/Session.h"
+#include "platform/NSFileManager.h"
+#include "platform/Process.h"
 
 #include <csignal>
 #include <cstdlib>
@@ -38,6 +42,14 @@ Commands:
   lint [--strict]
                  check every page definition against its controller; --strict also fails
                  on links to pages that are not available yet
+  export [FILE]  write a backup of every stored setting, colour, app list and picked
+                 picture to FILE (default: standard output)
+  import [--dry-run] FILE
+                 restore a backup: checks all of it first and writes nothing if any part
+                 is bad; --dry-run only lists what would change (domain, key, old, new)
+  search WORDS...
+                 find settings on every page by the words shown (labels, headers, footers,
+                 value titles, subtitles); one JSON object per result, best first
 
 Options:
   --root DIR         the directory that stands for /var/jb
@@ -123,6 +135,86 @@ int lint(const Arguments& arguments, const char* argv0)
         std::cout << ", " << result.pending << " links to pages not available yet";
     std::cout << '\n';
     return result.problems ? 1 : 0;
+}
+
+/// The process a backup command works in: the root, without pages.
+Process::Options processOptions(const Arguments& arguments, const char* argv0)
+{
+    return {
+        .root = resolveRoot(arguments.root),
+        .resources = resolveResources(argv0),
+        .coreFoundationVersion = arguments.cfVersion,
+        .mainBundleIdentifier = arguments.hostBundle,
+    };
+}
+
+std::string jsonLine(const nlohmann::ordered_json& value)
+{
+    return value.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
+}
+
+int exportBackup(const Arguments& arguments, const char* argv0)
+{
+    if (arguments.rest.size() > 1)
+        usageError("export takes at most one file");
+    Process process(processOptions(arguments, argv0));
+    std::vector<std::string> skipped;
+    std::string bytes = SettingsBackup::collect(&skipped).data();
+    for (auto& file : skipped)
+        std::cerr << "nimbra-prefs: left out of the backup: " << file << '\n';
+    if (arguments.rest.empty() || arguments.rest[0] == "-") {
+        std::cout << bytes << std::flush;
+        return std::cout ? 0 : 1;
+    }
+    if (!AtomicFile::write(std::filesystem::absolute(arguments.rest[0]), bytes)) {
+        std::cerr << "nimbra-prefs: cannot write " << arguments.rest[0] << '\n';
+        return 1;
+    }
+    return 0;
+}
+
+int importBackup(const Arguments& arguments, const char* argv0)
+{
+    bool dryRun = false;
+    std::optional<std::string> file;
+    for (auto& arg : arguments.rest) {
+        if (arg == "--dry-run")
+            dryRun = true;
+        else if (!file)
+            file = arg;
+        else
+            usageError("import takes one file");
+    }
+    if (!file)
+        usageError("import needs the backup file");
+    Process process(processOptions(arguments, argv0));
+    try {
+        SettingsBackup backup = SettingsBackup::fromFile(*file);
+        if (dryRun) {
+            for (auto& change : backup.changes())
+                std::cout << jsonLine(change) << '\n';
+            return 0;
+        }
+        backup.restore();
+        std::cout << jsonLine({{"restored", {{"domains", backup.domains().size()}, {"pictures", backup.pictures().size()}}}}) << '\n';
+        return 0;
+    } catch (const BackupError& error) {
+        std::cerr << "nimbra-prefs: " << *file << ": " << error.what() << '\n';
+        return 1;
+    }
+}
+
+int search(const Arguments& arguments, const char* argv0)
+{
+    std::string query;
+    for (auto& word : arguments.rest)
+        query += (query.empty() ? "" : " ") + word;
+    if (query.find_first_not_of(" \t\r\n") == std::string::npos)
+        usageError("search needs the words to look for");
+    SearchIndex index(resolveResources(argv0));
+    for (const SearchIndex::Entry* entry : index.find(query))
+        std::cout << jsonLine(SearchIndex::toJson(*entry)) << '\n';
+    return 0;
 }
 
 int script(const Arguments& arguments, const char* argv0)
@@ -236,6 +328,12 @@ int main(int argc, char** argv)
             return script(arguments, argv[0]);
         if (arguments.command == "lint")
             return lint(arguments, argv[0]);
+        if (arguments.command == "export")
+            return exportBackup(arguments, argv[0]);
+        if (arguments.command == "import")
+            return importBackup(arguments, argv[0]);
+        if (arguments.command == "search")
+            return search(arguments, argv[0]);
         if (arguments.command == "serve")
             return serve(arguments, argv[0]);
     } catch (const std::exception& error) {

@@ -1,4 +1,5 @@
 #include "platform/HBPreferences.h"
+#include "platform/HBPreferencesRestore.h"
 
 #include "platform/HBPreferencesReadPass.h"
 #include "platform/NSFileManager.h"
@@ -220,4 +221,24 @@ bool HBPreferences::removeAllObjects()
         values.clear();
         return existed;
     });
+}
+
+bool replaceDomainContents(std::string_view identifier, const PlistDictionary& contents)
+{
+    if (!HBPreferences::isValidIdentifier(identifier))
+        return false;
+    auto file = Process::current().hostPath(HBPreferences::pathForIdentifier(identifier));
+    if (!file)
+        return false;
+    DomainLock lock{std::string(identifier)};
+    // A damaged file is kept aside, as a value write keeps it.
+    if (auto bytes = AtomicFile::read(*file, HBPreferences::kMaximumFileSize)) {
+        auto parsed = PropertyListSerialization::propertyListWithData(*bytes);
+        if (!parsed || parsed->kind() != PlistValue::Kind::Dictionary)
+            moveAside(*file);
+    }
+    std::string bytes = PropertyListSerialization::dataWithPropertyList(PlistValue(contents),
+                                                                        PropertyListSerialization::Format::Binary);
+    // Readers see the new file by its new inode.
+    return AtomicFile::write(*file, bytes);
 }

@@ -1,4 +1,5 @@
 #include "platform/Process.h"
+#include "platform/ProcessScope.h"
 
 #include "platform/DarwinNotifyCenter.h"
 #include "platform/UIKit.h"
@@ -33,6 +34,17 @@ Process& Process::current()
     if (!currentProcess)
         throw std::logic_error("no current process");
     return *currentProcess;
+}
+
+ProcessScope::ProcessScope(Process* process)
+    : _saved(currentProcess)
+{
+    currentProcess = process;
+}
+
+ProcessScope::~ProcessScope()
+{
+    currentProcess = _saved;
 }
 
 bool Process::hasCurrent()

@@ -1,4 +1,5 @@
 #include "TestSupport.h"
+#include "ProgramRun.h"
 
 #include <gtest/gtest.h>
 
@@ -82,22 +83,21 @@ std::vector<std::string> SessionOnFreshRoot::shownIds()
     return session->show()["ids"].get<std::vector<std::string>>();
 }
 
-ScriptRun runScript(const std::vector<std::string>& arguments, const std::string& script)
+ProgramRun runProgram(const std::vector<std::string>& arguments, const std::string& input)
 {
     TempDir io;
-    fs::path input = io / "in.nps", output = io / "out", errors = io / "err";
-    writeFile(input, script);
+    fs::path in = io / "in", output = io / "out", errors = io / "err";
+    writeFile(in, input);
     pid_t pid = ::fork();
     if (pid == 0) {
-        int in = ::open(input.c_str(), O_RDONLY);
+        int inFd = ::open(in.c_str(), O_RDONLY);
         int out = ::open(output.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
         int err = ::open(errors.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-        ::dup2(in, 0);
+        ::dup2(inFd, 0);
         ::dup2(out, 1);
         ::dup2(err, 2);
         std::vector<std::string> args{NIMBRA_PREFS_EXE};
         args.insert(args.end(), arguments.begin(), arguments.end());
-        args.push_back("script");
         std::vector<char*> argv;
         for (auto& a : args)
             argv.push_back(a.data());
@@ -107,12 +107,31 @@ ScriptRun runScript(const std::vector<std::string>& arguments, const std::string
     }
     int status = 0;
     ::waitpid(pid, &status, 0);
-    ScriptRun run;
+    ProgramRun run;
     run.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    std::istringstream lines(readFile(output));
-    for (std::string line; std::getline(lines, line);)
-        run.lines.push_back(nlohmann::json::parse(line));
+    run.output = readFile(output);
     run.errors = readFile(errors);
+    return run;
+}
+
+std::vector<nlohmann::json> jsonLines(const std::string& text)
+{
+    std::vector<nlohmann::json> lines;
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line);)
+        lines.push_back(nlohmann::json::parse(line));
+    return lines;
+}
+
+ScriptRun runScript(const std::vector<std::string>& arguments, const std::string& script)
+{
+    std::vector<std::string> args = arguments;
+    args.push_back("script");
+    ProgramRun program = runProgram(args, script);
+    ScriptRun run;
+    run.status = program.status;
+    run.lines = jsonLines(program.output);
+    run.errors = program.errors;
     return run;
 }
 

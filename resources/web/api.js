@@ -1,20 +1,44 @@
-// Talking to the session: the only module that sends requests to nimbra-prefs. Gestures and syncs
-// run one after another; every answer is followed by the events and state it caused, handed to
-// the drawing set with connect().
+// Talking to the session: the only module that sends requests to nimbra-prefs. Each tab has a
+// session of its own, named by an id kept in the tab's sessionStorage (so a reload keeps it) and
+// sent with every request. Gestures run one after another; the answer to a gesture carries the
+// events and state it caused and is drawn at once. What happens later (the respring button's
+// revert, the end of a respring) arrives through one waiting request for events at a time.
 
 import { setOffline, toast } from './messages.js';
 import { screen } from './screen.js';
 
-const POLL_MS = 250;
+const SESSION_KEY = 'nimbra-session';
+/** How long one request for events waits on the server for something to happen. */
+const WAIT_SECONDS = 25;
+/** Pauses before asking again when the server cannot be reached or answers at once with nothing. */
+const RETRY_MS = 1000;
+const BUSY_MS = 250;
 
 let queue = Promise.resolve();
-let pending = 0;
 let draw = () => {};
 let forget = () => {};
+let started = () => {};
+/** The number of the last answer drawn: an answer made before it is stale. */
+let lastAnswer = 0;
+
+const sleep = (ms) => new Promise((resolve) => setTimeout(resolve, ms));
+
+/** This tab's session id, made once per tab. */
+function sessionId() {
+  let id = sessionStorage.getItem(SESSION_KEY);
+  if (!id) {
+    id = crypto.randomUUID();
+    sessionStorage.setItem(SESSION_KEY, id);
+  }
+  return id;
+}
+
+/** Whether this tab had no session yet (its first load, not a reload). */
+const newTab = !sessionStorage.getItem(SESSION_KEY);
 
 /** One request; answers {ok, status, data} (data is the JSON answer, or {error} if it was not JSON). */
-async function request(method, path, body, contentType = 'application/json') {
-  const init = { method, headers: {} };
+export async function request(method, path, body, contentType = 'application/json') {
+  const init = { method, headers: { 'X-Nimbra-Session': sessionId() } };
   if (body !== undefined) {
     init.body = contentType === 'application/json' ? JSON.stringify(body) : body;
     init.headers['Content-Type'] = contentType;
@@ -36,51 +60,122 @@ async function request(method, path, body, contentType = 'application/json') {
   return { ok: response.ok, status: response.status, data };
 }
 
-/** Runs tasks one after another (gestures and syncs never interleave). */
-function enqueue(task) {
-  pending++;
-  const run = queue.then(task).catch((error) => console.error(error)).finally(() => pending--);
+/** Runs tasks one after another (gestures and drawing never interleave). */
+export function enqueue(task) {
+  const run = queue.then(task).catch((error) => console.error(error));
   queue = run;
   return run;
+}
+
+const sessionEnded = (result) => result.status === 410 && result.data && result.data.session === 'unknown';
+
+/** Draws an answer {seq, missed, events, state} unless a later state was drawn already. */
+function apply(data) {
+  if (!data || !data.state || data.state.answer < lastAnswer) return;
+  lastAnswer = data.state.answer;
+  const since = screen.seq;
+  screen.seq = data.seq;
+  if (data.missed) forget(); // a restarted server, or too far behind: draw afresh
+  const events = data.missed ? [] : (data.events || []).filter((event) => event.seq > since);
+  draw(data.state, events, data.seq);
+}
+
+/** Starts a fresh session for this tab on the root page and draws it. */
+async function restart(message) {
+  const result = await request('POST', '/api/session', { id: sessionId() });
+  if (!result.ok) return false;
+  forget();
+  screen.seq = 0;
+  apply(result.data);
+  if (message) toast(message);
+  started(true);
+  return true;
 }
 
 /** Fetches the events since the last drawn one with the state, and draws them. */
 async function syncNow() {
   const result = await request('GET', `/api/events?since=${screen.seq}&state=1`);
-  if (!result.ok) return;
-  const { seq, events, missed, state } = result.data;
-  screen.seq = seq;
-  if (missed) forget(); // a restarted server, or too far behind: draw afresh
-  draw(state, missed ? [] : events, seq);
+  if (sessionEnded(result)) return restart('This tab\u2019s session had ended; it starts again on the root page.');
+  if (result.ok) apply(result.data);
+  return result.ok;
 }
 
 /**
- * Sends a gesture (POST path with body) and then draws what it changed. An error the session
- * reports is shown as a toast unless options.quiet; options.contentType sends body as it is
- * (default: body as JSON). Resolves to the request's {ok, status, data}.
+ * Sends a gesture (POST path with body) and draws what it changed from its answer. An error the
+ * session reports is shown as a toast unless options.quiet; options.contentType sends body as it
+ * is (default: body as JSON); options.query adds parameters. Resolves to the request's
+ * {ok, status, data}.
  */
 export function act(path, body, options = {}) {
   return enqueue(async () => {
-    const result = await request('POST', path, body, options.contentType);
+    const query = new URLSearchParams({ since: String(screen.seq), ...(options.query || {}) });
+    const result = await request('POST', `${path}?${query}`, body, options.contentType);
+    if (sessionEnded(result)) {
+      await restart('This tab\u2019s session had ended; it starts again on the root page.');
+      return result;
+    }
     if (!result.ok && !options.quiet) toast(result.data && result.data.error ? result.data.error : `HTTP ${result.status}`);
-    await syncNow();
+    if (result.ok && result.data.state) apply(result.data);
+    else await syncNow();
     return result;
   });
 }
 
+/** Waits for what happens without a gesture, for as long as the page is open. */
+async function listen() {
+  for (;;) {
+    const since = screen.seq;
+    const asked = performance.now();
+    let result;
+    try {
+      result = await request('GET', `/api/events?since=${since}&state=1&wait=${WAIT_SECONDS}`);
+    } catch {
+      await sleep(RETRY_MS);
+      continue;
+    }
+    if (sessionEnded(result)) {
+      await enqueue(() => restart('This tab\u2019s session had ended; it starts again on the root page.'));
+      continue;
+    }
+    if (!result.ok) {
+      await sleep(RETRY_MS);
+      continue;
+    }
+    if (result.data.seq !== since || result.data.missed) {
+      await enqueue(async () => {
+        // A gesture's answer may have drawn these events already.
+        if (result.data.seq > screen.seq || result.data.missed) apply(result.data);
+      });
+    } else if (performance.now() - asked < BUSY_MS) {
+      // Answered at once with nothing new (the server has enough waiting requests): ask less often.
+      await sleep(BUSY_MS);
+    }
+  }
+}
+
 /**
- * Draws the session's state at once and then keeps it current: onState(state, events, seq) draws
- * an answer, onMissed() drops what was drawn when the events between two answers are lost.
+ * Draws this tab's session at once and then keeps it current: onState(state, events, seq) draws an
+ * answer, onMissed() drops what was drawn when the events between two answers are lost, and
+ * onStarted(fresh) runs once the first state is drawn (fresh: the session was just made).
  */
-export async function connect(onState, onMissed) {
+export async function connect(onState, onMissed, onStarted = () => {}) {
   draw = onState;
   forget = onMissed;
-  const result = await request('GET', '/api/state');
-  if (result.ok) {
-    screen.seq = result.data.seq;
-    draw(result.data, [], screen.seq);
-  }
-  setInterval(() => {
-    if (pending === 0) enqueue(syncNow);
-  }, POLL_MS);
+  started = onStarted;
+  await enqueue(async () => {
+    if (newTab) {
+      await restart();
+      return;
+    }
+    const result = await request('GET', '/api/state');
+    if (sessionEnded(result)) {
+      await restart();
+    } else if (result.ok) {
+      screen.seq = result.data.seq;
+      lastAnswer = result.data.answer;
+      draw(result.data, [], screen.seq);
+      started(false);
+    }
+  });
+  listen();
 }

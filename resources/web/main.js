@@ -2,20 +2,37 @@
 // does, what is stored) is made by the session behind /api; this page draws its state, animates
 // what its events say, and sends the user's gestures back.
 //
-//   api.js        the only module that talks to the session
+//   api.js        the only module that talks to the session (one session per tab)
 //   render.js     draws one answer: colour scheme, page, navigation bar, presentations
 //   events.js     what the session's events mean for the drawing
-//   navigation.js the stack of pages and the navigation bar
+//   navigation.js the stack of pages and the navigation bar; routes.js its address and history
 //   page-view.js  a page's grouped table; items.js its items; rows-*.js the cells of each kind
 //   sublist.js    the chooser of a list row
 //   presented.js  what the session presents: alerts.js, sheets.js, the photo library, mail
+//   sidebar.js    the desktop sidebar: search.js, the root page's rows, backup.js
 //   colour-editor.js, respring.js, messages.js, screen.js (what is shown now), dom.js, colour.js
 
 import { connect } from './api.js';
+import { setupBackup } from './backup.js';
 import { setupNavigation } from './navigation.js';
 import { setupFileInput } from './presented.js';
 import { forgetPages, render } from './render.js';
+import { followStack, setupRoutes, startRoutes } from './routes.js';
+import { screen } from './screen.js';
+import { setupSearch } from './search.js';
+import { drawSidebar, setupSidebar } from './sidebar.js';
+
+function draw(state, events, seq) {
+  render(state, events, seq);
+  drawSidebar(state);
+  followStack();
+  screen.drawnAt = performance.now();
+}
 
 setupNavigation();
 setupFileInput();
-connect(render, forgetPages);
+setupRoutes();
+setupSearch();
+setupSidebar();
+setupBackup();
+connect(draw, forgetPages, startRoutes);

@@ -23,6 +23,15 @@ export const screen = {
    * {page, id, seq, kind: 'enter'|'leave'}. Rows drawn without an animation are not listed.
    */
   animatedRows: [],
+  /** When the last answer was drawn (performance.now()). */
+  drawnAt: 0,
+  /** The address part that could not be opened ({name, from, message}), or null. */
+  unreachable: null,
+  /** The last search's results, and the row a result opened ({page, id, label}) or null. */
+  searchResults: [],
+  highlighted: null,
+  /** The last restore: {changes} of its dry run, {restored}, or {refused: reason}. */
+  restore: null,
 };
 
 window.nimbra = screen;

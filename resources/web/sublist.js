@@ -59,6 +59,7 @@ export function openSublist(row) {
   $('#pages').append(view);
   view.animate([{ transform: 'translateX(100%)' }, { transform: 'translateX(0)' }], PUSH_ANIMATION);
   renderNavigation(screen.state, { titleDuration: 0 });
+  window.dispatchEvent(new Event('nimbra:sublist'));
 }
 
 /** Closes the chooser shown, sliding it out unless immediately. */
@@ -74,4 +75,5 @@ export function closeSublist(immediately) {
       .finished.then(() => sublist.element.remove(), () => sublist.element.remove());
   }
   if (screen.state) renderNavigation(screen.state, { titleDuration: 0 });
+  window.dispatchEvent(new Event('nimbra:sublist'));
 }

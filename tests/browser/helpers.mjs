@@ -26,6 +26,19 @@ export function tempRoot(prefix = 'nimbra-web-') {
 }
 
 /**
+ * The session the tests' pages and API calls share (each tab makes its own otherwise): pages get it
+ * in their sessionStorage before their scripts run, API calls send it.
+ */
+export const TEST_SESSION = 'nimbra-browser-tests';
+
+/** Gives every page of a browser context the tests' shared session. */
+export async function shareTestSession(context, id = TEST_SESSION) {
+  await context.addInitScript((sessionId) => {
+    if (!sessionStorage.getItem('nimbra-session')) sessionStorage.setItem('nimbra-session', sessionId);
+  }, id);
+}
+
+/**
  * Starts `nimbra-prefs serve --port 0` over root (a fresh one when not given); globalArgs go before
  * the command (--cf-version N, --host-bundle ID), args after it.
  */
@@ -50,6 +63,11 @@ export async function startServer({ root = tempRoot(), globalArgs = [], args = [
     child.on('exit', (code) => reject(new Error(`serve exited with ${code}: ${stderr}`)));
   });
   const port = Number(new URL(url).port);
+  await fetch(new URL('/api/session', url), {
+    method: 'POST',
+    headers: { 'Content-Type': 'application/json' },
+    body: JSON.stringify({ id: TEST_SESSION }),
+  });
   return {
     url,
     port,
@@ -57,9 +75,11 @@ export async function startServer({ root = tempRoot(), globalArgs = [], args = [
     child,
     stderr: () => stderr,
     async api(method, route, body) {
+      const headers = { 'X-Nimbra-Session': TEST_SESSION };
+      if (body !== undefined) headers['Content-Type'] = 'application/json';
       const response = await fetch(new URL(route, url), {
         method,
-        headers: body === undefined ? {} : { 'Content-Type': 'application/json' },
+        headers,
         body: body === undefined ? undefined : JSON.stringify(body),
       });
       return { status: response.status, body: await response.json() };
@@ -143,6 +163,7 @@ export async function launchBrowser() {
 export async function openApp(browser, server, { phone = false, ...options } = {}) {
   const size = phone ? { viewport: { width: 390, height: 844 }, deviceScaleFactor: 2 } : { viewport: { width: 520, height: 900 } };
   const context = await browser.newContext({ ...size, ...options });
+  await shareTestSession(context);
   const page = await context.newPage();
   const errors = [];
   page.on('pageerror', (error) => errors.push(error.message));

@@ -2,6 +2,7 @@
 // sending a byte now and then, file requests that name other files than stored pictures, and an
 // event history that must stay bounded in bytes. After each the server still answers.
 
+#include "RunningServer.h"
 #include "TestSupport.h"
 
 #include "host/Server.h"
@@ -23,49 +24,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// A server on a free port of 127.0.0.1 over a fresh root, serving from a thread of its own.
-class RunningServer {
-public:
-    explicit RunningServer(WebServer::Options options = {})
-    {
-        options.port = 0;
-        options.web = fs::path(NIMBRA_RESOURCES_DIR) / "web";
-        options.icons = fs::path(NIMBRA_RESOURCES_DIR) / "icons";
-        _server = std::make_unique<WebServer>(Session::Options{.root = root.path(), .resources = NIMBRA_RESOURCES_DIR},
-                                               options);
-        port = _server->bind();
-        _thread = std::thread([this] { _server->run(); });
-        // Serving once the root page answers.
-        for (int attempt = 0; attempt < 100 && !client().Get("/api/state"); ++attempt)
-            std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    }
-    ~RunningServer()
-    {
-        _server->stop();
-        _thread.join();
-    }
-
-    /// A client that gives up after `seconds` without an answer.
-    httplib::Client client(int seconds = 5) const
-    {
-        httplib::Client client("127.0.0.1", port);
-        client.set_connection_timeout(seconds);
-        client.set_read_timeout(seconds);
-        return client;
-    }
-
-    httplib::Result post(const std::string& path, const std::string& body) const
-    {
-        return client().Post(path.c_str(), body, "application/json");
-    }
-
-    test::TempDir root;
-    int port = 0;
-
-private:
-    std::unique_ptr<WebServer> _server;
-    std::thread _thread;
-};
+using test::RunningServer;
 
 int connectTo(int port)
 {

@@ -1,0 +1,183 @@
+#include "host/SearchIndex.h"
+
+#include "frame/NIMPageCatalog.h"
+#include "host/ShownWhen.h"
+#include "platform/NSFileManager.h"
+#include "platform/PropertyListSerialization.h"
+
+#include <algorithm>
+#include <deque>
+#include <optional>
+#include <map>
+#include <set>
+#include <tuple>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr std::string_view kRootPage = "NIMRootListController";
+constexpr std::size_t kDefinitionLimit = 4 << 20;
+
+std::string lowered(std::string_view text)
+{
+    std::string lower(text);
+    for (char& c : lower)
+        if (c >= 'A' && c <= 'Z')
+            c = static_cast<char>(c - 'A' + 'a');
+    return lower;
+}
+
+std::vector<std::string> words(std::string_view query)
+{
+    std::vector<std::string> list;
+    std::string lower = lowered(query);
+    std::size_t at = 0;
+    while (at < lower.size()) {
+        std::size_t start = lower.find_first_not_of(" \t\r\n", at);
+        if (start == std::string::npos)
+            break;
+        std::size_t end = lower.find_first_of(" \t\r\n", start);
+        if (end == std::string::npos)
+            end = lower.size();
+        list.push_back(lower.substr(start, end - start));
+        at = end;
+    }
+    return list;
+}
+
+/// The rows of a definition, or nothing when it cannot be read.
+std::optional<PlistValue> loadDefinition(const fs::path& resources, const std::string& name)
+{
+    auto bytes = AtomicFile::read(resources / (name + ".plist"), kDefinitionLimit);
+    if (!bytes)
+        return std::nullopt;
+    auto definition = PropertyListSerialization::propertyListWithData(*bytes);
+    if (!definition || (*definition)["items"].kind() != PlistValue::Kind::Array)
+        return std::nullopt;
+    return definition;
+}
+
+/// "pages/SpringBoard/HomeScreenDock" -> "HomeScreenDock".
+std::string routeSegment(const std::string& definition)
+{
+    auto slash = definition.rfind('/');
+    return slash == std::string::npos ? definition : definition.substr(slash + 1);
+}
+
+/// Every word a row shows, joined by newlines.
+std::string rowWords(const PlistValue& item)
+{
+    std::string text;
+    auto add = [&](const PlistValue& value) {
+        if (value.isString() && !value.stringValue().empty())
+            text += value.stringValue() + '\n';
+    };
+    add(item["label"]);
+    add(item["footerText"]);
+    add(item["subtitle"]);
+    if (item["validTitles"].kind() == PlistValue::Kind::Array)
+        for (auto& title : item["validTitles"].arrayValue())
+            add(title);
+    return text;
+}
+
+struct PageToVisit {
+    std::string className;
+    std::vector<std::string> path;
+    std::string route;
+};
+
+}  // namespace
+
+SearchIndex::SearchIndex(const fs::path& resources)
+{
+    std::set<std::string> seen{std::string(kRootPage)};
+    std::deque<PageToVisit> queue{{std::string(kRootPage), {}, ""}};
+    while (!queue.empty()) {
+        PageToVisit visit = std::move(queue.front());
+        queue.pop_front();
+        const NIMPageEntry* entry = NIMPageCatalog::find(visit.className);
+        if (!entry)
+            continue;
+        const PageDescription& page = entry->description();
+        auto definition = page.definition.empty() ? std::nullopt : loadDefinition(resources, page.definition);
+        if (!definition)
+            continue;
+        if (visit.path.empty())
+            visit.path.push_back((*definition)["title"].stringValue());
+        const PlistArray& items = (*definition)["items"].arrayValue();
+        ShownWhen shownWhen(page, items);
+        for (std::size_t i = 0; i < items.size(); ++i) {
+            const PlistValue& item = items[i];
+            if (item.kind() != PlistValue::Kind::Dictionary)
+                continue;
+            const std::string& detail = item["detail"].stringValue();
+            const std::string& label = item["label"].stringValue();
+            if (!detail.empty() && !label.empty() && NIMPageCatalog::find(detail) && seen.insert(detail).second) {
+                const NIMPageEntry* linked = NIMPageCatalog::find(detail);
+                std::string segment = routeSegment(linked->description().definition);
+                std::vector<std::string> path = visit.path;
+                path.push_back(label);
+                queue.push_back({detail, std::move(path), visit.route.empty() ? segment : visit.route + "/" + segment});
+            }
+            std::string text = rowWords(item);
+            if (text.empty())
+                continue;
+            Entry result;
+            result.page = visit.className;
+            result.path = visit.path;
+            result.route = visit.route;
+            result.id = item["id"].stringValue();
+            result.index = i;
+            result.label = !label.empty() ? label : item["footerText"].stringValue();
+            result.shownWhen = shownWhen.describe(result.id);
+            result.text = lowered(text);
+            result.labelText = lowered(result.label);
+            _entries.push_back(std::move(result));
+        }
+    }
+}
+
+std::vector<const SearchIndex::Entry*> SearchIndex::find(std::string_view query, std::size_t limit) const
+{
+    std::vector<std::string> wanted = words(query);
+    if (wanted.empty())
+        return {};
+    std::string whole = lowered(query);
+    whole.erase(0, whole.find_first_not_of(" \t\r\n"));
+    std::vector<std::pair<int, const Entry*>> found;
+    for (std::size_t n = 0; n < _entries.size(); ++n) {
+        const Entry& entry = _entries[n];
+        bool all = true, inLabel = true;
+        for (auto& word : wanted) {
+            if (entry.text.find(word) == std::string::npos) {
+                all = false;
+                break;
+            }
+            inLabel = inLabel && entry.labelText.find(word) != std::string::npos;
+        }
+        if (!all)
+            continue;
+        int tier = entry.labelText.starts_with(whole) ? 0 : inLabel ? 1 : 2;
+        found.emplace_back(tier, &entry);
+    }
+    // Entries are already in page and row order: a stable sort by tier keeps it within a tier.
+    std::stable_sort(found.begin(), found.end(), [](auto& a, auto& b) { return a.first < b.first; });
+    std::vector<const Entry*> results;
+    for (std::size_t i = 0; i < found.size() && i < limit; ++i)
+        results.push_back(found[i].second);
+    return results;
+}
+
+nlohmann::ordered_json SearchIndex::toJson(const Entry& entry)
+{
+    std::string path;
+    for (std::size_t i = 0; i < entry.path.size(); ++i)
+        path += (i ? " \u203a " : "") + entry.path[i];
+    nlohmann::ordered_json json{{"page", entry.page}, {"path", path}, {"route", entry.route}};
+    json["id"] = entry.id.empty() ? nlohmann::ordered_json(nullptr) : nlohmann::ordered_json(entry.id);
+    json["label"] = entry.label;
+    json["shownWhen"] = entry.shownWhen.empty() ? nlohmann::ordered_json(nullptr) : nlohmann::ordered_json(entry.shownWhen);
+    return json;
+}

@@ -1,0 +1,67 @@
+#pragma once
+// One browser tab's session in `nimbra-prefs serve`: a Session of its own (navigation stack,
+// presented alert or picker, respring button, main queue) over the shared root, the numbered
+// history of its events, and stable identities for what its screen draws. Every call needs the
+// server's lock held and the session's process current (see activate()).
+
+#include "host/Session.h"
+#include "platform/ProcessScope.h"
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <map>
+#include <memory>
+#include <string>
+#include <utility>
+
+/// How many events a session keeps for a screen that is behind, and how many bytes of JSON they may
+/// take together (the newest event is always kept).
+struct EventHistoryLimits {
+    std::size_t count = 4096;
+    std::size_t bytes = 8 * 1024 * 1024;
+};
+
+class ServerSession {
+public:
+    using Json = nlohmann::ordered_json;
+
+    /// Opens the bundle's root page in a new session.
+    ServerSession(Session::Options options, EventHistoryLimits limits);
+    ~ServerSession();
+    ServerSession(const ServerSession&) = delete;
+    ServerSession& operator=(const ServerSession&) = delete;
+
+    Session& session() { return *_session; }
+    /// Makes the session's process current until the returned scope ends.
+    [[nodiscard]] std::unique_ptr<ProcessScope> activate();
+
+    /// Moves what the session recorded into the numbered history.
+    void drain();
+    /// The number of the last event.
+    std::uint64_t sequence() const { return _sequence; }
+    /// What the screen shows (Session::state) with the sequence number of its last event and the
+    /// identities of the top page and its rows; image rows carry the stored picture their preview
+    /// shows.
+    Json state();
+    /// {"seq","missed","events"}: the events numbered above since (each with its "seq"); missed
+    /// when since is behind the kept history or ahead of this session.
+    Json eventsSince(std::uint64_t since) const;
+
+    /// When a request last named the session.
+    std::chrono::steady_clock::time_point lastUsed() const { return _lastUsed; }
+    void touch() { _lastUsed = std::chrono::steady_clock::now(); }
+
+private:
+    std::uint64_t identity(const std::shared_ptr<const void>& object);
+
+    std::unique_ptr<Session> _session;
+    EventHistoryLimits _limits;
+    std::deque<std::pair<std::uint64_t, Json>> _history;
+    std::size_t _historyBytes = 0;  // the events of the history, as JSON text
+    std::uint64_t _sequence = 0;
+    std::map<const void*, std::pair<std::weak_ptr<const void>, std::uint64_t>> _identities;
+    std::uint64_t _nextIdentity = 0;
+    std::chrono::steady_clock::time_point _lastUsed = std::chrono::steady_clock::now();
+};

@@ -1,0 +1,73 @@
+// Search across every page: the field on top of the sidebar asks the server's index as the person
+// types, lists each row found with the path to its page (and, for a row its page may hide, what
+// shows it), and opens a result: the page's address (see routes.js), then the row scrolled into
+// view and briefly highlighted.
+
+import { request } from './api.js';
+import { $, el, tappable } from './dom.js';
+import { openAddress } from './routes.js';
+import { screen } from './screen.js';
+
+const HIGHLIGHT_MS = 2000;
+let asked = 0;
+
+/** Lists the results of the field's words (nothing for an empty field). */
+async function find() {
+  const query = $('#search').value.trim();
+  const list = $('#search-results');
+  const number = ++asked;
+  if (!query) {
+    list.hidden = true;
+    list.replaceChildren();
+    return;
+  }
+  const result = await request('GET', `/api/search?q=${encodeURIComponent(query)}`);
+  if (number !== asked || !result.ok) return; // a later keystroke's answer wins
+  const results = result.data.results || [];
+  list.replaceChildren();
+  list.hidden = false;
+  list.classList.add('sidebar-group');
+  if (!results.length) list.append(el('div', 'empty', 'No Results'));
+  for (const found of results) {
+    const row = el('div', 'sidebar-row search-result');
+    row.setAttribute('role', 'option');
+    row.append(el('span', 'result-label', found.label), el('span', 'result-path', found.path));
+    if (found.shownWhen) row.append(el('span', 'result-shown', found.shownWhen));
+    tappable(row, () => openResult(found));
+    list.append(row);
+  }
+  screen.searchResults = results;
+}
+
+/** Scrolls the row of a result into view on the top page and makes it glow for a moment. */
+function highlight(found) {
+  const view = screen.pages.get(screen.stack[screen.stack.length - 1]);
+  if (!view) return false;
+  const nodes = [...view.table.children];
+  const node = (found.id && nodes.find((candidate) => candidate.dataset.id === found.id)) ||
+    nodes.find((candidate) => candidate.textContent.includes(found.label));
+  if (!node) return false;
+  node.scrollIntoView({ block: 'center' });
+  node.classList.remove('search-highlight');
+  void node.offsetWidth; // restart the glow
+  node.classList.add('search-highlight');
+  setTimeout(() => node.classList.remove('search-highlight'), HIGHLIGHT_MS);
+  return true;
+}
+
+/** Opens the page of a result and shows its row. */
+export async function openResult(found) {
+  document.body.classList.remove('sidebar-open');
+  await openAddress(`#/${found.route}`);
+  const shown = !screen.unreachable && highlight(found);
+  screen.highlighted = shown ? { page: found.page, id: found.id, label: found.label } : null;
+}
+
+export function setupSearch() {
+  $('#search').addEventListener('input', () => find());
+  $('#search').addEventListener('keydown', (event) => {
+    if (event.key !== 'Enter') return;
+    const first = screen.searchResults && screen.searchResults[0];
+    if (first && $('#search').value.trim()) openResult(first);
+  });
+}

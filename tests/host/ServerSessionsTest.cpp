@@ -1,0 +1,131 @@
+// `serve` with a session per browser tab: independent stacks over one root, the bound on sessions
+// (least recently used dropped, then refused with a clear answer), gestures answered with their
+// events and state, and requests for events that wait until something happens.
+
+#include "RunningServer.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <chrono>
+#include <thread>
+
+namespace {
+
+using Json = nlohmann::json;
+
+struct Tab {
+    const test::RunningServer& server;
+    std::string id;
+
+    httplib::Headers headers() const { return {{"X-Nimbra-Session", id}}; }
+    /// Status and JSON answer of a request in this tab.
+    std::pair<int, Json> post(const std::string& path, const Json& body = Json::object()) const
+    {
+        auto answer = server.client().Post(path.c_str(), headers(), body.dump(), "application/json");
+        if (!answer)
+            return {0, nullptr};
+        return {answer->status, Json::parse(answer->body)};
+    }
+    std::pair<int, Json> get(const std::string& path, int seconds = 5) const
+    {
+        auto answer = server.client(seconds).Get(path.c_str(), headers());
+        if (!answer)
+            return {0, nullptr};
+        return {answer->status, Json::parse(answer->body)};
+    }
+    std::size_t depth() const { return get("/api/state").second["stack"].size(); }
+};
+
+}  // namespace
+
+TEST(ServerSessions, TabsHaveTheirOwnStacksOverOneRoot)
+{
+    test::RunningServer server;
+    Tab a{server, "tab-aaaaaaaa"}, b{server, "tab-bbbbbbbb"};
+    ASSERT_EQ(a.post("/api/session", {{"id", a.id}}).first, 200);
+    ASSERT_EQ(b.post("/api/session", {{"id", b.id}}).first, 200);
+
+    auto [status, opened] = a.post("/api/open?since=0", {{"class", "NIMNimbraSettingsPrefsListController"}});
+    ASSERT_EQ(status, 200) << opened.dump();
+    // The answer draws at once: the events it caused and the state after it.
+    EXPECT_EQ(opened["state"]["stack"].size(), 2u);
+    EXPECT_EQ(opened["seq"], opened["state"]["seq"]);
+    bool pushed = false;
+    for (auto& event : opened["events"])
+        pushed = pushed || event["event"] == "push";
+    EXPECT_TRUE(pushed) << opened["events"].dump();
+    EXPECT_EQ(a.depth(), 2u);
+    EXPECT_EQ(b.depth(), 1u);
+    Tab main{server, ""};
+    EXPECT_EQ(main.depth(), 1u) << "requests naming no session have the main one";
+
+    // A value stored in one tab is seen by the other's next reload.
+    ASSERT_EQ(a.post("/api/back").first, 200);
+    ASSERT_EQ(a.post("/api/set", {{"key", "nimbraEnabled"}, {"value", true}}).first, 200);
+    ASSERT_EQ(b.post("/api/reload").first, 200);
+    for (auto& row : b.get("/api/state").second["page"]["rows"]) {
+        if (row["properties"].value("key", "") == "nimbraEnabled") {
+            EXPECT_EQ(row["value"], true);
+        }
+    }
+
+    EXPECT_EQ(a.post("/api/session", {{"id", "short"}}).first, 400);
+    EXPECT_EQ(Tab(server, "bad id!").get("/api/state").first, 400);
+}
+
+TEST(ServerSessions, TheLeastRecentlyUsedSessionIsDroppedAndThenRefused)
+{
+    WebServer::Options options;
+    options.sessionLimit = 2;
+    test::RunningServer server(options);
+    Tab first{server, "tab-11111111"}, second{server, "tab-22222222"}, third{server, "tab-33333333"};
+    ASSERT_EQ(first.post("/api/session", {{"id", first.id}}).first, 200);
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    ASSERT_EQ(second.post("/api/session", {{"id", second.id}}).first, 200);
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    ASSERT_EQ(first.get("/api/state").first, 200);  // the first is used again: the second is now the oldest
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    ASSERT_EQ(third.post("/api/session", {{"id", third.id}}).first, 200);
+
+    EXPECT_EQ(first.get("/api/state").first, 200);
+    EXPECT_EQ(third.get("/api/state").first, 200);
+    auto [status, refused] = second.post("/api/tap", {{"index", 0}});
+    EXPECT_EQ(status, 410);
+    EXPECT_EQ(refused["session"], "unknown");
+    EXPECT_NE(refused["error"].get<std::string>().find("session has ended"), std::string::npos);
+    EXPECT_EQ(Tab(server, "tab-never-was").get("/api/events?since=0").first, 410);
+    // Starting it again gives a fresh session on the root page.
+    auto [again, fresh] = second.post("/api/session", {{"id", second.id}});
+    EXPECT_EQ(again, 200);
+    EXPECT_EQ(fresh["state"]["stack"].size(), 1u);
+}
+
+TEST(ServerSessions, ARequestForEventsWaitsUntilOneHappens)
+{
+    test::RunningServer server;
+    Tab tab{server, "tab-waiting"}, other{server, "tab-other-1"};
+    ASSERT_EQ(tab.post("/api/session", {{"id", tab.id}}).first, 200);
+    ASSERT_EQ(other.post("/api/session", {{"id", other.id}}).first, 200);
+    std::uint64_t seq = tab.get("/api/state").second["seq"];
+
+    // Nothing happens: the request answers after its wait, with no events.
+    auto [quiet, nothing] = tab.get("/api/events?since=" + std::to_string(seq) + "&wait=0.3");
+    EXPECT_EQ(quiet, 200);
+    EXPECT_TRUE(nothing["events"].empty());
+
+    // A gesture of the tab (sent while the request waits) wakes it with the gesture's events; a
+    // gesture of another tab does not.
+    std::pair<int, Json> woken;
+    std::thread waiting([&] { woken = tab.get("/api/events?state=1&wait=20&since=" + std::to_string(seq), 25); });
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    ASSERT_EQ(other.post("/api/open", {{"class", "NIMNimbraSettingsPrefsListController"}}).first, 200);
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    ASSERT_EQ(tab.post("/api/open", {{"class", "NIMSpecialThanksPrefsListController"}}).first, 200);
+    waiting.join();
+    ASSERT_EQ(woken.first, 200);
+    EXPECT_GT(woken.second["seq"].get<std::uint64_t>(), seq);
+    EXPECT_FALSE(woken.second["events"].empty());
+    EXPECT_EQ(woken.second["state"]["page"]["page"], "NIMSpecialThanksPrefsListController");
+    EXPECT_EQ(tab.get("/api/events?wait=x").first, 400);
+}
