@@ -273,6 +273,15 @@ struct WebServer::Impl {
         return state;
     }
 
+    /// The message of a write that did not reach the disk among the events numbered above `since`.
+    std::optional<std::string> failedWrite(std::uint64_t since) const
+    {
+        for (auto it = history.rbegin(); it != history.rend() && it->first > since; ++it)
+            if (it->second.value("event", "") == "error" && it->second.value("write", false))
+                return it->second.value("message", "");
+        return std::nullopt;
+    }
+
     Json parseBody(const httplib::Request& req)
     {
         if (req.body.size() > options.jsonLimit)
@@ -301,8 +310,13 @@ struct WebServer::Impl {
             Json body = jsonBody ? parseBody(req) : Json::object();
             std::lock_guard lock(mutex);
             try {
+                std::uint64_t before = sequence;
                 Json result = run(body);
                 drain();
+                if (auto failed = failedWrite(before)) {
+                    reply(res, 500, {{"error", *failed}, {"seq", sequence}});
+                    return;
+                }
                 if (!result.is_object())
                     result = Json::object();
                 result["ok"] = true;
