@@ -70,11 +70,15 @@ void NimbraImagePicker::imagePickerControllerDidFinishPickingMediaWithInfo(UIIma
     if (info.originalImage && NimbraDomains::isPlainFileName(_fileName)) {
         std::string stored = NimbraDomains::pickedImage(_fileName);
         std::string png = UIImagePNGRepresentation(*info.originalImage);
-        if (!png.empty())
-            NSFileManager::defaultManager().writeAtomically(stored, png);
-        _previewContents = info.originalImage;
-        if (_previewImage)
-            _previewImage->imageName = stored;
+        if (png.empty() || !NSFileManager::defaultManager().writeAtomically(stored, png)) {
+            // The preview keeps showing the picture that is stored.
+            Process::current().events().record(
+                {{"event", "error"}, {"message", "could not store the picture " + stored}, {"path", stored}, {"write", true}});
+        } else {
+            _previewContents = info.originalImage;
+            if (_previewImage)
+                _previewImage->imageName = stored;
+        }
     }
     if (auto page = _listController.lock())
         page->dismissViewControllerAnimated(true, [spinner] { spinner->stopAnimating(); });

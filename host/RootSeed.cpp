@@ -1,6 +1,6 @@
 #include "host/RootSeed.h"
 
-#include "platform/NSFileManager.h"
+#include "platform/AtomicFile.h"
 #include "platform/PlistValue.h"
 #include "platform/PropertyListSerialization.h"
 
@@ -50,9 +50,10 @@ const Module kModules[] = {
     {"Library/ControlCenter/Bundles", "NimbraScreenshotModule", "com.veltram.nimbrascreenshotmodule", "Screenshot", nullptr},
 };
 
-void writePlist(const fs::path& path, PlistValue value)
+/// Creates a property-list file unless something is already there.
+void createPlist(const fs::path& path, PlistValue value)
 {
-    AtomicFile::write(path, PropertyListSerialization::dataWithPropertyList(value, PropertyListSerialization::Format::XML));
+    AtomicFile::create(path, PropertyListSerialization::dataWithPropertyList(value, PropertyListSerialization::Format::XML));
 }
 
 void seedControlCenter(const fs::path& root)
@@ -63,12 +64,12 @@ void seedControlCenter(const fs::path& root)
         PlistDictionary info{{"CFBundleIdentifier", PlistValue(module.identifier)}, {"CFBundleName", PlistValue(module.bundle)}};
         if (module.displayName)
             info["CFBundleDisplayName"] = PlistValue(module.displayName);
-        writePlist(bundle / "Info.plist", PlistValue(info));
+        createPlist(bundle / "Info.plist", PlistValue(info));
         if (module.localizedName)
-            writePlist(bundle / "en.lproj/InfoPlist.strings", PlistValue(PlistDictionary{{"CFBundleDisplayName", PlistValue(module.localizedName)}}));
+            createPlist(bundle / "en.lproj/InfoPlist.strings", PlistValue(PlistDictionary{{"CFBundleDisplayName", PlistValue(module.localizedName)}}));
         enabled.push_back(PlistValue(module.identifier));
     }
-    writePlist(root / "var/mobile/Library/ControlCenter/ModuleConfiguration.plist",
+    createPlist(root / "var/mobile/Library/ControlCenter/ModuleConfiguration.plist",
                PlistValue(PlistDictionary{{"module-identifiers", PlistValue(enabled)}}));
 }
 
@@ -85,13 +86,12 @@ void seedRoot(const fs::path& root)
     // The system volume's frameworks (stand-ins: the platform layer defines their symbols and classes).
     for (const char* framework : {"System/Library/PrivateFrameworks/BackBoardServices.framework/BackBoardServices",
                                   "System/Library/PrivateFrameworks/ControlCenterServices.framework/ControlCenterServices"})
-        AtomicFile::write(system / framework, "Mach-O stand-in\n");
+        AtomicFile::create(system / framework, "Mach-O stand-in\n");
     // The installed apps the app pickers list.
     PlistArray apps;
     for (auto& [identifier, name] : kStockApps)
         apps.push_back(PlistValue(PlistDictionary{{"CFBundleIdentifier", PlistValue(identifier)}, {"CFBundleDisplayName", PlistValue(name)}}));
-    AtomicFile::write(system / "var/mobile/Library/MobileInstallation/InstalledApplications.plist",
-                      PropertyListSerialization::dataWithPropertyList(PlistValue(std::move(apps)), PropertyListSerialization::Format::XML));
+    createPlist(system / "var/mobile/Library/MobileInstallation/InstalledApplications.plist", PlistValue(std::move(apps)));
     seedControlCenter(root);
-    AtomicFile::write(marker, "");
+    AtomicFile::create(marker, "");
 }

@@ -341,6 +341,12 @@ struct WebServer::Impl {
             }
             tab.drain();
             eventsWake.notify_all();
+            if (auto failed = tab.failedWriteSince(since)) {
+                Json refusal = screenUpdate(tab, since);
+                refusal["error"] = *failed;
+                reply(res, 500, refusal);
+                return;
+            }
             if (!result.is_object())
                 result = Json::object();
             result["ok"] = true;

@@ -105,3 +105,11 @@ ServerSession::Json ServerSession::eventsSince(std::uint64_t since) const
     bool missed = since > _sequence || since + 1 < oldest;
     return {{"seq", _sequence}, {"missed", missed}, {"events", events}};
 }
+
+std::optional<std::string> ServerSession::failedWriteSince(std::uint64_t since) const
+{
+    for (auto it = _history.rbegin(); it != _history.rend() && it->first > since; ++it)
+        if (it->second.value("event", "") == "error" && it->second.value("write", false))
+            return it->second.value("message", "");
+    return std::nullopt;
+}

@@ -13,6 +13,7 @@
 #include <deque>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -48,6 +49,9 @@ public:
     /// {"seq","missed","events"}: the events numbered above since (each with its "seq"); missed
     /// when since is behind the kept history or ahead of this session.
     Json eventsSince(std::uint64_t since) const;
+    /// The message of a write that did not reach the disk among the events numbered above since;
+    /// nothing when every write of those events was stored.
+    std::optional<std::string> failedWriteSince(std::uint64_t since) const;
 
     /// When a request last named the session.
     std::chrono::steady_clock::time_point lastUsed() const { return _lastUsed; }

@@ -1,10 +1,12 @@
 #include "platform/HBPreferences.h"
 #include "platform/HBPreferencesRestore.h"
 
+#include "platform/AtomicFile.h"
 #include "platform/HBPreferencesReadPass.h"
 #include "platform/NSFileManager.h"
 #include "platform/Process.h"
 #include "platform/PropertyListSerialization.h"
+#include "platform/SystemCalls.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -12,7 +14,9 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <system_error>
 
 namespace fs = std::filesystem;
@@ -24,20 +28,35 @@ constexpr std::string_view locksDirectory = "/var/jb/var/mobile/Library/Caches/c
 
 const PlistDictionary emptyValues;
 
-/// An exclusive flock held for the life of the object.
+/// How often the write path reads a file that could not be read before it gives up.
+constexpr int kReadAttempts = 3;
+
+/// An exclusive flock on the domain's lock file, held for the life of the object. A lock that
+/// cannot be taken is reported by held() and problem(): nothing is written without it.
 class DomainLock {
 public:
     explicit DomainLock(const std::string& identifier)
     {
-        auto path = Process::current().hostPath(std::string(locksDirectory) + identifier + ".lock");
-        if (!path)
+        std::string logical = std::string(locksDirectory) + identifier + ".lock";
+        auto path = Process::current().hostPath(logical);
+        if (!path) {
+            _problem = "the lock file " + logical + " is outside the root";
             return;
+        }
         std::error_code ec;
         fs::create_directories(path->parent_path(), ec);
-        _fd = ::open(path->c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644);
-        if (_fd >= 0)
-            while (::flock(_fd, LOCK_EX) != 0 && errno == EINTR) {
-            }
+        _fd = SystemCalls::open(path->c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0644);
+        int result = _fd < 0 ? -1 : 0;
+        while (_fd >= 0 && (result = SystemCalls::flock(_fd, LOCK_EX)) != 0 && errno == EINTR) {
+        }
+        if (result != 0) {
+            _problem = "cannot take the lock " + logical + " (" + std::strerror(errno) + ")";
+            if (_fd >= 0)
+                ::close(_fd);
+            _fd = -1;
+            return;
+        }
+        _takenAt = fs::file_time_type::clock::now();
     }
     ~DomainLock()
     {
@@ -47,8 +66,15 @@ public:
     DomainLock(const DomainLock&) = delete;
     DomainLock& operator=(const DomainLock&) = delete;
 
+    bool held() const { return _fd >= 0; }
+    const std::string& problem() const { return _problem; }
+    /// When the lock was taken: every writer that started before has finished or died.
+    fs::file_time_type takenAt() const { return _takenAt; }
+
 private:
     int _fd = -1;
+    std::string _problem;
+    fs::file_time_type _takenAt;
 };
 
 std::string utcTimestamp()
@@ -61,14 +87,34 @@ std::string utcTimestamp()
     return text;
 }
 
-void moveAside(const fs::path& file)
+/// Renames a damaged file to "<name>.corrupt-<UTC timestamp>[-N]"; false when it stays.
+bool moveAside(const fs::path& file)
 {
     std::string base = file.string() + ".corrupt-" + utcTimestamp();
     std::string target = base;
     std::error_code ec;
     for (int n = 2; fs::exists(fs::symlink_status(target, ec)); ++n)
         target = base + "-" + std::to_string(n);
-    fs::rename(file, target, ec);
+    return SystemCalls::rename(file.c_str(), target.c_str()) == 0;
+}
+
+/// Removes the temporary files of writes of file that were interrupted (the writer was killed):
+/// only files of the writer's own naming pattern, modified before the domain's lock was taken by
+/// the caller, which holds it.
+void removeInterruptedWrites(const fs::path& file, fs::file_time_type lockTakenAt)
+{
+    std::error_code ec;
+    std::string name = file.filename().string();
+    for (fs::directory_iterator it(file.parent_path(), ec), end; !ec && it != end; it.increment(ec)) {
+        const fs::path& entry = it->path();
+        if (!AtomicFile::isTemporaryName(entry.filename().string(), name))
+            continue;
+        std::error_code entryError;
+        auto status = fs::symlink_status(entry, entryError);
+        auto modified = fs::last_write_time(entry, entryError);
+        if (!entryError && fs::is_regular_file(status) && modified <= lockTakenAt)
+            fs::remove(entry, entryError);
+    }
 }
 
 }  // namespace
@@ -102,21 +148,33 @@ HBPreferences::HBPreferences(std::string identifier)
         _file = Process::current().hostPath(pathForIdentifier(_identifier));
 }
 
-std::optional<PlistDictionary> HBPreferences::readFile(bool& corrupt) const
+HBPreferences::Stored HBPreferences::load() const
 {
-    corrupt = false;
-    std::error_code ec;
-    if (!_file || !fs::exists(fs::symlink_status(*_file, ec)))
-        return std::nullopt;
-    auto bytes = AtomicFile::read(*_file, kMaximumFileSize);
-    std::optional<PlistValue> parsed;
-    if (bytes)
-        parsed = PropertyListSerialization::propertyListWithData(*bytes);
-    if (!parsed || parsed->kind() != PlistValue::Kind::Dictionary) {
-        corrupt = true;
-        return PlistDictionary{};
+    Stored stored;
+    if (!_file)
+        return stored;
+    AtomicFile::Contents contents = AtomicFile::load(*_file, kMaximumFileSize);
+    switch (contents.status) {
+    case AtomicFile::ReadStatus::Missing:
+        return stored;
+    case AtomicFile::ReadStatus::Unreadable:
+        stored.state = Stored::State::Unreadable;
+        stored.problem = pathForIdentifier(_identifier) + ": " + contents.problem;
+        return stored;
+    case AtomicFile::ReadStatus::Unusable:
+        stored.state = Stored::State::Corrupt;
+        return stored;
+    case AtomicFile::ReadStatus::Read:
+        break;
     }
-    return parsed->dictionaryValue();
+    std::optional<PlistValue> parsed = PropertyListSerialization::propertyListWithData(contents.bytes);
+    if (!parsed || parsed->kind() != PlistValue::Kind::Dictionary) {
+        stored.state = Stored::State::Corrupt;
+        return stored;
+    }
+    stored.state = Stored::State::Values;
+    stored.values = parsed->dictionaryValue();
+    return stored;
 }
 
 const PlistDictionary& HBPreferences::current()
@@ -132,9 +190,13 @@ const PlistDictionary& HBPreferences::current()
     if (_snapshot && _snapshot->device == st.st_dev && _snapshot->inode == st.st_ino && _snapshot->size == st.st_size &&
         _snapshot->modified.tv_sec == st.st_mtim.tv_sec && _snapshot->modified.tv_nsec == st.st_mtim.tv_nsec)
         return _snapshot->values;
-    bool corrupt = false;
-    Snapshot snapshot{st.st_dev, st.st_ino, st.st_size, st.st_mtim, readFile(corrupt).value_or(PlistDictionary{})};
-    _snapshot = std::move(snapshot);
+    Stored stored = load();
+    if (stored.state == Stored::State::Unreadable) {
+        // Read as empty this time; the next read tries again.
+        _snapshot.reset();
+        return emptyValues;
+    }
+    _snapshot = Snapshot{st.st_dev, st.st_ino, st.st_size, st.st_mtim, std::move(stored.values)};
     return _snapshot->values;
 }
 
@@ -178,32 +240,57 @@ PlistDictionary HBPreferences::dictionaryRepresentation()
     return current();
 }
 
+bool HBPreferences::refuse(std::string_view what, const std::string& problem) const
+{
+    Process::current().events().record({{"event", "error"},
+                                        {"message", "could not store " + std::string(what) + " in " + _identifier + ": " + problem},
+                                        {"domain", _identifier},
+                                        {"write", true}});
+    return false;
+}
+
+HBPreferences::Stored HBPreferences::loadForWrite() const
+{
+    Stored stored = load();
+    for (int attempt = 1; attempt < kReadAttempts && stored.state == Stored::State::Unreadable; ++attempt)
+        stored = load();
+    return stored;
+}
+
+bool HBPreferences::store(const PlistDictionary& values, bool corrupt, std::string_view what)
+{
+    _snapshot.reset();
+    if (corrupt && !moveAside(*_file))
+        return refuse(what, "the damaged file " + pathForIdentifier(_identifier) + " cannot be moved aside (" +
+                                std::strerror(errno) + "); nothing was changed");
+    std::string bytes = PropertyListSerialization::dataWithPropertyList(PlistValue(values),
+                                                                        PropertyListSerialization::Format::Binary);
+    if (auto problem = AtomicFile::replace(*_file, bytes))
+        return refuse(what, pathForIdentifier(_identifier) + ": " + *problem);
+    HBPreferencesReadPass::forget(*this);
+    return true;
+}
+
 template <class Change>
-bool HBPreferences::modify(Change change)
+bool HBPreferences::modify(std::string_view what, Change change)
 {
     if (!_file)
-        return false;
+        return refuse(what, "\"" + _identifier + "\" names no preference file");
     DomainLock lock(_identifier);
-    bool corrupt = false;
-    std::optional<PlistDictionary> values = readFile(corrupt);
-    bool existed = values.has_value();
-    if (!values)
-        values.emplace();
-    if (!change(*values, existed))
+    if (!lock.held())
+        return refuse(what, lock.problem() + "; nothing was changed");
+    removeInterruptedWrites(*_file, lock.takenAt());
+    Stored stored = loadForWrite();
+    if (stored.state == Stored::State::Unreadable)
+        return refuse(what, stored.problem + "; nothing was changed");
+    if (!change(stored.values, stored.state != Stored::State::Missing))
         return true;
-    if (corrupt)
-        moveAside(*_file);
-    std::string bytes = PropertyListSerialization::dataWithPropertyList(PlistValue(*values),
-                                                                        PropertyListSerialization::Format::Binary);
-    bool written = AtomicFile::write(*_file, bytes);
-    _snapshot.reset();
-    HBPreferencesReadPass::forget(*this);
-    return written;
+    return store(stored.values, stored.state == Stored::State::Corrupt, what);
 }
 
 bool HBPreferences::setObject(const PlistValue& value, std::string_view key)
 {
-    return modify([&](PlistDictionary& values, bool) {
+    return modify("\"" + std::string(key) + "\"", [&](PlistDictionary& values, bool) {
         if (value.isNil())
             return values.erase(std::string(key)) > 0;
         auto stored = values.find(key);
@@ -217,9 +304,17 @@ bool HBPreferences::setObject(const PlistValue& value, std::string_view key)
 
 bool HBPreferences::removeAllObjects()
 {
-    return modify([](PlistDictionary& values, bool existed) {
+    return modify("an empty domain", [](PlistDictionary& values, bool existed) {
         values.clear();
         return existed;
+    });
+}
+
+bool HBPreferences::replaceAllObjects(const PlistDictionary& contents)
+{
+    return modify("the restored domain", [&](PlistDictionary& values, bool) {
+        values = contents;
+        return true;
     });
 }
 
@@ -227,18 +322,6 @@ bool replaceDomainContents(std::string_view identifier, const PlistDictionary& c
 {
     if (!HBPreferences::isValidIdentifier(identifier))
         return false;
-    auto file = Process::current().hostPath(HBPreferences::pathForIdentifier(identifier));
-    if (!file)
-        return false;
-    DomainLock lock{std::string(identifier)};
-    // A damaged file is kept aside, as a value write keeps it.
-    if (auto bytes = AtomicFile::read(*file, HBPreferences::kMaximumFileSize)) {
-        auto parsed = PropertyListSerialization::propertyListWithData(*bytes);
-        if (!parsed || parsed->kind() != PlistValue::Kind::Dictionary)
-            moveAside(*file);
-    }
-    std::string bytes = PropertyListSerialization::dataWithPropertyList(PlistValue(contents),
-                                                                        PropertyListSerialization::Format::Binary);
-    // Readers see the new file by its new inode.
-    return AtomicFile::write(*file, bytes);
+    auto preferences = HBPreferences::preferencesForIdentifier(identifier);
+    return preferences && preferences->replaceAllObjects(contents);
 }

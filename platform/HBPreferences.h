@@ -7,10 +7,17 @@
 //   (the parsed file is kept only while its inode, size and modification time stay the same).
 // - A write is a read-modify-write of the file under an advisory lock per domain, so two processes
 //   writing different keys lose neither, and every key the bundle does not know is kept. The file
-//   is replaced atomically (temporary file, fsync, rename, fsync of the folder).
-// - A file that cannot be parsed, whose top level is not a dictionary, or that is larger than
-//   kMaximumFileSize reads as empty. It is never destroyed silently: the first write moves it aside
-//   to "<name>.plist.corrupt-<UTC timestamp>" before writing a new file.
+//   is replaced atomically (temporary file, fsync, rename, fsync of the folder). A lock that cannot
+//   be taken refuses the write. Temporary files left by writers that were killed are removed by the
+//   next write of the domain.
+// - A file that cannot be read (an I/O error, no permission) is read again; when it still cannot
+//   be read the write is refused and the file left as it is.
+// - A file that cannot be parsed (PropertyListCheck refuses hostile bytes before parsing), whose top
+//   level is not a dictionary, that is not a regular file or that is larger than kMaximumFileSize
+//   reads as empty. It is never destroyed silently: the first write moves it aside to
+//   "<name>.plist.corrupt-<UTC timestamp>" before writing a new file.
+// - A write that fails records {"event":"error","message":...,"domain":IDENTIFIER,"write":true} and
+//   answers false; a write answered true is on disk.
 // - An identifier that is not a plain file name (empty, "." or "..", containing "/") names no file:
 //   it reads as empty and every write fails.
 
@@ -56,13 +63,24 @@ public:
     /// Every stored key and value.
     PlistDictionary dictionaryRepresentation();
 
-    /// Stores value under key (nil removes the key). True once the file is safely on disk.
+    /// Stores value under key (nil removes the key). True once the file is safely on disk; false,
+    /// with an `error` event saying why, when it is not.
     bool setObject(const PlistValue& value, std::string_view key);
     bool removeObjectForKey(std::string_view key) { return setObject({}, key); }
     /// Deletes every key: the domain's file, when there is one, is left holding an empty dictionary.
     bool removeAllObjects();
+    /// Replaces every key and value with contents in one locked, atomic write (a restored backup);
+    /// the file is written even when it was missing or already held the same values. True once
+    /// the new file is safely on disk; false, with an `error` event, when it is not.
+    bool replaceAllObjects(const PlistDictionary& contents);
 
 private:
+    /// What the file held when read.
+    struct Stored {
+        enum class State { Missing, Values, Corrupt, Unreadable } state = State::Missing;
+        PlistDictionary values;  // with Values
+        std::string problem;     // with Unreadable
+    };
     struct Snapshot {
         dev_t device = 0;
         ino_t inode = 0;
@@ -72,10 +90,17 @@ private:
     };
 
     const PlistDictionary& current();
-    /// Reads the file afresh; nothing when it is missing, and an empty dictionary flagged corrupt
-    /// when it cannot be used.
-    std::optional<PlistDictionary> readFile(bool& corrupt) const;
-    template <class Change> bool modify(Change change);
+    /// Reads and parses the file afresh.
+    Stored load() const;
+    /// load(), read again while the file cannot be read (kReadAttempts in all).
+    Stored loadForWrite() const;
+    /// The write path: under the domain's lock, change(values, existed) edits what the file holds;
+    /// when it answers true the result is stored. `what` names the change in error messages.
+    template <class Change> bool modify(std::string_view what, Change change);
+    /// Moves a corrupt file aside and replaces the file with values.
+    bool store(const PlistDictionary& values, bool corrupt, std::string_view what);
+    /// Records why a write of `what` failed; false.
+    bool refuse(std::string_view what, const std::string& problem) const;
 
     std::string _identifier;
     std::optional<std::filesystem::path> _file;

@@ -2,6 +2,8 @@
 // NSFileManager and NSData's file operations, on logical device paths (see Process). Removals are
 // recorded as {"event":"delete","path":...}; failures are answered, never thrown.
 
+#include "platform/AtomicFile.h"
+
 #include <cstddef>
 #include <filesystem>
 #include <optional>
@@ -27,17 +29,3 @@ public:
     /// links below it are listed, never followed; folders that cannot be read are skipped.
     std::vector<std::string> enumeratorAtPath(std::string_view path) const;
 };
-
-/// Host-path helpers shared by the platform's writers.
-namespace AtomicFile {
-
-/// Writes bytes to a temporary file beside path, flushes it to disk, renames it over path and
-/// flushes the folder, so that a crash leaves either the old or the new file, never a torn one.
-bool write(const std::filesystem::path& path, std::string_view bytes);
-/// Whether a read follows a symbolic link at the path itself.
-enum class Links { Follow, Refuse };
-/// Reads a whole file; nothing when missing, unreadable, not a regular file (a FIFO, a device or a
-/// folder is never waited on) or larger than limit. With Links::Refuse a link at path reads as nothing.
-std::optional<std::string> read(const std::filesystem::path& path, std::size_t limit, Links links = Links::Follow);
-
-}  // namespace AtomicFile

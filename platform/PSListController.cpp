@@ -167,8 +167,11 @@ void PSListController::setPreferenceValue(const PlistValue& value, const std::sh
     const std::string& key = specifier->key();
     if (domain.empty() || key.empty())
         return;
-    if (!HBPreferences::preferencesForIdentifier(domain)->setObject(value, key))
+    if (!HBPreferences::preferencesForIdentifier(domain)->setObject(value, key)) {
+        // The store said why (an error event); the row shows what is stored again.
+        reloadSpecifier(specifier);
         return;
+    }
     const PlistValue& notification = specifier->propertyForKey("PostNotification");
     if (notification.isString() && !notification.stringValue().empty())
         CFNotificationCenterGetDarwinNotifyCenter().postNotification(notification.stringValue());

@@ -1,5 +1,7 @@
 #include "platform/PropertyListSerialization.h"
 
+#include "platform/PropertyListCheck.h"
+
 #include <plist/plist.h>
 
 #include <cstdlib>
@@ -16,7 +18,7 @@ using Node = std::unique_ptr<void, NodeDeleter>;
 // Seconds between 1970-01-01 and 2001-01-01, for values that are dates.
 PlistValue fromNode(plist_t node, int depth)
 {
-    if (!node || depth > 512)
+    if (!node || depth > static_cast<int>(PropertyListCheck::kMaxDepth))
         return {};
     switch (plist_get_node_type(node)) {
     case PLIST_BOOLEAN: {
@@ -135,6 +137,9 @@ namespace PropertyListSerialization {
 std::optional<PlistValue> propertyListWithData(std::string_view bytes)
 {
     if (bytes.empty() || bytes.size() > std::numeric_limits<uint32_t>::max())
+        return std::nullopt;
+    // Hostile bytes would abort libplist, overflow its stack or expand without bound.
+    if (PropertyListCheck::problem(bytes))
         return std::nullopt;
     plist_t raw = nullptr;
     plist_from_memory(bytes.data(), static_cast<uint32_t>(bytes.size()), &raw);

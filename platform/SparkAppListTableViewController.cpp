@@ -42,12 +42,12 @@ std::vector<std::string> SparkAppListTableViewController::enabledApplications() 
     return chosen;
 }
 
-void SparkAppListTableViewController::store(const std::vector<std::string>& chosen)
+bool SparkAppListTableViewController::store(const std::vector<std::string>& chosen)
 {
     PlistArray array;
     for (auto& identifier : chosen)
         array.push_back(PlistValue(identifier));
-    HBPreferences::preferencesForIdentifier(_identifier)->setObject(PlistValue(std::move(array)), _key);
+    return HBPreferences::preferencesForIdentifier(_identifier)->setObject(PlistValue(std::move(array)), _key);
 }
 
 bool SparkAppListTableViewController::toggleApplication(const std::string& bundleIdentifier)
@@ -66,7 +66,12 @@ bool SparkAppListTableViewController::toggleApplication(const std::string& bundl
     } else {
         chosen.push_back(bundleIdentifier);
     }
-    store(chosen);
+    if (!store(chosen) && specifiersLoaded()) {
+        // The store said why (an error event); the app's switch shows what is stored again.
+        for (auto& row : *_specifiers)
+            if (row->propertyForKey("bundleIdentifier").stringValue() == bundleIdentifier)
+                reloadSpecifier(row);
+    }
     return true;
 }
 

@@ -39,7 +39,8 @@ public:
     std::vector<std::string> enabledApplications() const;
     /// The user flips an app: chosen apps are unchosen; others are chosen (replacing the choice
     /// when at most one app may be chosen; ignored when a larger limit is reached). False when no
-    /// installed app has that identifier.
+    /// installed app has that identifier. A choice that cannot be stored is reported by the store
+    /// (an `error` event) and the app's row is reloaded to show what is stored.
     bool toggleApplication(const std::string& bundleIdentifier);
 
     /// One group row, then a switch row per installed app ("id", "key" and "bundleIdentifier" its
@@ -51,7 +52,8 @@ public:
     void describePush(nlohmann::ordered_json& event) const override;
 
 private:
-    void store(const std::vector<std::string>& chosen);
+    /// Writes the choice; false when it did not reach the disk.
+    bool store(const std::vector<std::string>& chosen);
 
     std::string _identifier;
     std::string _key;

@@ -14,6 +14,7 @@ packages=(
   libgtest-dev libgmock-dev     # unit and end-to-end tests
   libbenchmark-dev              # benchmarks
   chromium                      # the browser tests' headless browser
+  clang libclang-rt-14-dev      # the fuzz targets (libFuzzer and the sanitizers' runtimes)
 )
 # Node.js runs the browser tests; the machine's own (any packaging) will do.
 command -v node >/dev/null 2>&1 || packages+=(nodejs npm)
