@@ -5,10 +5,13 @@
 #include "platform/HBPreferences.h"
 
 #include <benchmark/benchmark.h>
+#include <plist/plist.h>
 
 #include <stdlib.h>
 
 #include <filesystem>
+#include <fstream>
+#include <sstream>
 
 namespace {
 
@@ -48,6 +51,37 @@ void openPage(benchmark::State& state, const char* page)
 BENCHMARK_CAPTURE(openPage, systemRoot, "NIMSystemRootPrefsListController");
 BENCHMARK_CAPTURE(openPage, controlCenterToggles, "NIMControlCenterTogglesPrefsListController");
 BENCHMARK_CAPTURE(openPage, cpuInfoVisibility, "NIMCPUInfoVisibilityPrefsListController");
+
+/// Rebuilding the open system root page (reload): its rows made afresh from the definition, the
+/// stored domain read, the detached rows pruned.
+void reloadPage(benchmark::State& state)
+{
+    Root root;
+    Session session(options(root));
+    session.open("NIMRootListController");
+    session.open("NIMSystemRootPrefsListController");
+    for (auto _ : state) {
+        session.reload();
+        benchmark::DoNotOptimize(session.events());
+    }
+}
+BENCHMARK(reloadPage);
+
+/// The peer of the two above: libplist's own parse of the system root page's definition.
+void libplistParse(benchmark::State& state)
+{
+    std::ifstream file(std::string(NIMBRA_RESOURCES_DIR) + "/pages/System/SystemRoot.plist", std::ios::binary);
+    std::stringstream bytes;
+    bytes << file.rdbuf();
+    const std::string xml = bytes.str();
+    for (auto _ : state) {
+        plist_t parsed = nullptr;
+        plist_from_xml(xml.data(), static_cast<uint32_t>(xml.size()), &parsed);
+        benchmark::DoNotOptimize(parsed);
+        plist_free(parsed);
+    }
+}
+BENCHMARK(libplistParse);
 
 /// Flipping the system root's master switch: 58 rows in, then out, each value stored on disk first.
 void masterSwitch(benchmark::State& state)

@@ -80,6 +80,20 @@ void NimbraImagePicker::imagePickerControllerDidFinishPickingMediaWithInfo(UIIma
         page->dismissViewControllerAnimated(true, [spinner] { spinner->stopAnimating(); });
 }
 
+bool NimbraImagePicker::removeImage()
+{
+    if (NimbraDomains::isPlainFileName(_fileName)) {
+        std::string stored = NimbraDomains::pickedImage(_fileName);
+        auto& files = NSFileManager::defaultManager();
+        if (!files.removeItemAtPath(stored) && files.fileExistsAtPath(stored))
+            return false;
+    }
+    _previewContents = nullptr;
+    if (_previewImage)
+        _previewImage->imageName.clear();
+    return true;
+}
+
 void NimbraImagePicker::imagePickerControllerDidCancel(UIImagePickerController& picker)
 {
     (void)picker;

@@ -22,6 +22,10 @@ public:
     void chooseImage();
     void imagePickerControllerDidFinishPickingMediaWithInfo(UIImagePickerController& picker, const UIImagePickerInfo& info) override;
     void imagePickerControllerDidCancel(UIImagePickerController& picker) override;
+    /// "Remove Picture": deletes the stored image and empties the preview. False (the preview kept)
+    /// when the file is still there afterwards; true when there was none to begin with. A row
+    /// without a plain file name removes nothing and answers true.
+    bool removeImage();
 
     const std::string& fileName() const { return _fileName; }
     /// The preview (nullptr until the cell was first shown) and the image it shows.

@@ -1,6 +1,7 @@
 #include "frame/NIMCollapsibleListController.h"
 
 #include "frame/SharedActions.h"
+#include "platform/HBPreferencesReadPass.h"
 
 #include <algorithm>
 #include <stdexcept>
@@ -49,6 +50,8 @@ void NIMCollapsibleListController::setPreferenceValue(const PlistValue& value, c
 
 void NIMCollapsibleListController::reloadSpecifiers()
 {
+    // The rebuild reads each domain once, however many rows and rules read it.
+    HBPreferencesReadPass pass;
     HBListController::reloadSpecifiers();
     if (_page.domain.empty())
         return;

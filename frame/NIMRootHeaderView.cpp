@@ -8,9 +8,9 @@ NIM_REGISTER_CLASS(NIMRootHeaderView, PSHeaderView);
 void NIMRootHeaderView::initWithSpecifier(const std::shared_ptr<PSSpecifier>& specifier)
 {
     PSHeaderView::initWithSpecifier(specifier);
-    auto image = UIImage::imageNamed("icons/NIMHeader");
-    if (image && image->height() > 0)
-        _aspectRatio = static_cast<double>(image->width()) / image->height();
+    // Only the artwork's proportions matter here; its pixels are drawn by whoever shows the page.
+    if (auto size = UIImage::sizeOfImageNamed("icons/NIMHeader"))
+        _aspectRatio = static_cast<double>(size->width) / size->height;
     _headerImageView = std::make_shared<UIImageView>("icons/NIMHeader");
     addSubview(_headerImageView);
 }

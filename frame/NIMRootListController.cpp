@@ -62,7 +62,10 @@ void NIMRootListController::viewWillAppear(bool animated)
 {
     NIMGeneralListControllerWithRespringButton::viewWillAppear(animated);
     auto page = view();
+    if (auto previous = _appearanceBlur.lock())
+        previous->removeFromSuperview();
     auto blur = std::make_shared<UIVisualEffectView>(UIBlurEffectStyle::Regular, page->bounds());
+    _appearanceBlur = blur;
     blur->setAlpha(1.0);
     Process::current().global<NimbraBlur>().view = blur;
     page->addSubview(blur);

@@ -30,4 +30,7 @@ public:
 
 private:
     std::shared_ptr<UIStackView> _stackView;
+    /// The blur of the last appearance: faded out and left in place until the next appearance
+    /// brings its own, so that a page shown again and again keeps one.
+    std::weak_ptr<UIVisualEffectView> _appearanceBlur;
 };

@@ -2,6 +2,7 @@
 
 #include "platform/ObjCRuntime.h"
 
+#include <algorithm>
 #include <cmath>
 #include <ctime>
 
@@ -65,4 +66,26 @@ nlohmann::ordered_json toJson(const PlistValue& value)
     case Kind::Class: return value.classValue()->name;
     }
     return nullptr;
+}
+
+std::size_t jsonNestingDepth(std::string_view text)
+{
+    std::size_t depth = 0, deepest = 0;
+    bool inString = false;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        char c = text[i];
+        if (inString) {
+            if (c == '\\')
+                ++i;
+            else if (c == '"')
+                inString = false;
+        } else if (c == '"') {
+            inString = true;
+        } else if (c == '[' || c == '{') {
+            deepest = std::max(deepest, ++depth);
+        } else if ((c == ']' || c == '}') && depth > 0) {
+            --depth;
+        }
+    }
+    return deepest;
 }

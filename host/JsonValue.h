@@ -6,4 +6,13 @@
 
 #include <nlohmann/json.hpp>
 
+#include <cstddef>
+#include <string_view>
+
 nlohmann::ordered_json toJson(const PlistValue& value);
+
+/// How deeply arrays and objects nest in JSON text (0 for a scalar, 1 for `[]` or `{}`), counted
+/// without parsing and without recursion, so that text nested without bound can be refused before
+/// any recursive code sees it. Brackets inside strings do not count; malformed text is measured as
+/// far as it goes.
+std::size_t jsonNestingDepth(std::string_view text);

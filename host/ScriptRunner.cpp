@@ -149,6 +149,10 @@ void runScriptLine(Session& session, std::string_view line, std::ostream& out)
         if (trim(rest).empty())
             throw CommandError("missing image path");
         session.image(unquoted(trim(rest)));
+    } else if (command == "removeimage") {
+        std::string id(requireWord(rest, "row id"));
+        requireEnd(rest);
+        session.removeImage(id);
     } else if (command == "cancel") {
         requireEnd(rest);
         session.cancel();

@@ -1,6 +1,9 @@
 #include "host/Server.h"
 
 #include "cells/NimbraImagePicker.h"
+#include "host/GuardedHttpServer.h"
+#include "host/JsonValue.h"
+#include "platform/NSFileManager.h"
 #include "platform/PSListController.h"
 
 #include <httplib.h>
@@ -44,6 +47,9 @@ public:
 constexpr std::string_view kImageFolder = "/var/jb/var/mobile/Library/Nimbra/";
 /// The largest picture an upload may decode to (a 48-megapixel photo fits).
 constexpr long long kMaxImagePixels = 64LL * 1024 * 1024;
+/// How deeply a request body's arrays and objects may nest; deeper bodies are refused before they
+/// are parsed, so that no recursive conversion can run out of stack.
+constexpr std::size_t kMaxJsonNesting = 256;
 
 void reply(httplib::Response& res, int status, const Json& body)
 {
@@ -146,21 +152,10 @@ void moveRow(S& session, std::size_t from, std::size_t to)
         throw HttpError(404, "moving rows is not available");
 }
 
+/// A regular file's bytes; nothing for a link, a FIFO, a folder or a file over limit.
 std::optional<std::string> readFile(const fs::path& path, std::size_t limit)
 {
-    std::error_code ec;
-    auto status = fs::symlink_status(path, ec);
-    if (ec || !fs::is_regular_file(status))
-        return std::nullopt;
-    auto size = fs::file_size(path, ec);
-    if (ec || size > limit)
-        return std::nullopt;
-    std::ifstream file(path, std::ios::binary);
-    if (!file)
-        return std::nullopt;
-    std::ostringstream bytes;
-    bytes << file.rdbuf();
-    return bytes.str();
+    return AtomicFile::read(path, limit, AtomicFile::Links::Refuse);
 }
 
 const char* contentType(const fs::path& path)
@@ -185,10 +180,11 @@ struct WebServer::Impl {
     Options options;
     Session session;
     std::mutex mutex;  // the session, the event history and the row identities
-    httplib::Server http;
+    GuardedHttpServer http;
     int port = 0;
 
     std::deque<std::pair<std::uint64_t, Json>> history;
+    std::size_t historyBytes = 0;  // the events of history, as JSON text
     std::uint64_t sequence = 0;
 
     // Stable identities of the objects a screen draws (rows, pages), so that a browser can tell a
@@ -207,6 +203,7 @@ struct WebServer::Impl {
     Impl(Session::Options sessionOptions, Options serverOptions)
         : options(std::move(serverOptions))
         , session((sessionOptions.clock = MainQueue::Clock::Real, std::move(sessionOptions)))
+        , http(options.connections)
     {
         routes();
     }
@@ -235,9 +232,13 @@ struct WebServer::Impl {
         session.commit();
         Json drained = session.events();
         for (auto& event : drained["events"]) {
+            historyBytes += event.dump().size();
             history.emplace_back(++sequence, std::move(event));
-            if (history.size() > options.eventHistory)
+            while (history.size() > 1 &&
+                   (history.size() > options.eventHistory || historyBytes > options.eventHistoryBytes)) {
+                historyBytes -= history.front().second.dump().size();
                 history.pop_front();
+            }
         }
     }
 
@@ -281,6 +282,8 @@ struct WebServer::Impl {
         std::string type = req.get_header_value("Content-Type");
         if (type.rfind("application/json", 0) != 0)
             throw HttpError(415, "the request body must be JSON (Content-Type: application/json)");
+        if (jsonNestingDepth(req.body) > kMaxJsonNesting)
+            throw HttpError(400, "the JSON is nested deeper than " + std::to_string(kMaxJsonNesting) + " levels");
         Json body = Json::parse(req.body, nullptr, false);
         if (body.is_discarded())
             throw HttpError(400, "malformed JSON");
@@ -364,7 +367,6 @@ struct WebServer::Impl {
     void routes()
     {
         http.set_payload_max_length(options.imageLimit);
-        http.new_task_queue = [] { return new httplib::ThreadPool(16); };
         http.set_default_headers({
             {"X-Content-Type-Options", "nosniff"},
             {"X-Frame-Options", "DENY"},
@@ -456,7 +458,9 @@ struct WebServer::Impl {
         http.Get("/api/file", [this](const httplib::Request& req, httplib::Response& res) {
             std::string path = req.get_param_value("path");
             fs::path logical(path);
-            bool plain = path.rfind(kImageFolder, 0) == 0 && logical.extension() == ".png" &&
+            // The decoded path as the file system would see it: a NUL would end it early.
+            bool plain = path.find('\0') == std::string::npos && path.rfind(kImageFolder, 0) == 0 &&
+                         logical.extension() == ".png" && logical.stem() != "" &&
                          logical.lexically_normal() == logical && logical.parent_path().string() + "/" == kImageFolder;
             if (!plain) {
                 reply(res, 403, {{"error", "only the stored pictures (" + std::string(kImageFolder) + "NAME.png) are served"}});
@@ -521,6 +525,10 @@ struct WebServer::Impl {
                 list.push_back(identifier.get<std::string>());
             }
             session.pick(list);
+            return Json::object();
+        });
+        post("/api/removeimage", [this](const Json& body) {
+            session.removeImageAt(indexField(body, "index"));
             return Json::object();
         });
         post("/api/cancel", [this](const Json&) {

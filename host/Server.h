@@ -5,8 +5,10 @@
 //
 // Safe by default: the server listens on the loopback address only and refuses requests whose
 // Host is not that address and port, whose Origin (when there is one) is another site, whose
-// body is over the limit or whose JSON is malformed. A refused request never stops the server.
+// body is over the limit or whose JSON is malformed or nested too deeply. A refused request never
+// stops the server, and a client that holds a connection without finishing its request is dropped.
 
+#include "host/ConnectionLimits.h"
 #include "host/Session.h"
 
 #include <cstddef>
@@ -26,8 +28,12 @@ public:
         /// Largest JSON request body, and largest uploaded image.
         std::size_t jsonLimit = 64 * 1024;
         std::size_t imageLimit = 16 * 1024 * 1024;
-        /// How many events /api/events keeps for browsers that are behind.
+        /// How many events /api/events keeps for browsers that are behind, and how many bytes of
+        /// JSON they may take together (the newest event is always kept).
         std::size_t eventHistory = 4096;
+        std::size_t eventHistoryBytes = 8 * 1024 * 1024;
+        /// Read deadlines and the connections served at once (see ConnectionLimits).
+        ConnectionLimits connections;
         /// How often the session's main queue runs what fell due.
         double tickSeconds = 0.05;
     };

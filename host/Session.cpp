@@ -1,15 +1,19 @@
 #include "host/Session.h"
 
+#include "cells/NimbraImagePicker.h"
+#include "frame/NIMCollapsibleListController.h"
 #include "frame/SharedActions.h"
 #include "host/JsonValue.h"
 #include "host/RootSeed.h"
 #include "platform/ColorPickerLibraries.h"
 #include "platform/HBPreferences.h"
+#include "platform/HBPreferencesReadPass.h"
 #include "platform/HBSupportController.h"
 #include "platform/SparkAppListTableViewController.h"
 #include "platform/UIImagePickerController.h"
 #include "platform/NSFileManager.h"
 #include "platform/PropertyListSerialization.h"
+#include "storage/NIMAppPicker.h"
 
 Session::Session(Options options)
 {
@@ -193,6 +197,30 @@ void Session::image(const std::filesystem::path& path)
     picker->pick(std::move(picked));
 }
 
+void Session::removeImage(const std::string& id)
+{
+    auto row = shownRow("id", id);
+    auto& rows = requireTopPage()->specifiers();
+    removeImageAt(static_cast<std::size_t>(std::find(rows.begin(), rows.end(), row) - rows.begin()));
+}
+
+void Session::removeImageAt(std::size_t index)
+{
+    auto page = requireTopPage();
+    auto& rows = page->specifiers();
+    if (index >= rows.size())
+        throw CommandError(page->className() + " shows no row " + std::to_string(index));
+    auto& row = rows[index];
+    std::string id = "\"" + (row->identifier().empty() ? std::to_string(index) : row->identifier()) + "\"";
+    auto picker = std::dynamic_pointer_cast<NimbraImagePicker>(page->cellForSpecifier(row));
+    if (!picker)
+        throw CommandError("row " + id + " is not a picture row");
+    if (!row->isEnabled())
+        throw CommandError("the row " + id + " is disabled");
+    if (!picker->removeImage())
+        throw CommandError("the picture of row " + id + " could not be removed");
+}
+
 void Session::cancel()
 {
     auto presented = requireTopPage()->presentedViewController();
@@ -276,6 +304,7 @@ Session::Json Session::show() const
 Session::Json Session::rows()
 {
     auto page = requireTopPage();
+    HBPreferencesReadPass pass;  // every row's value from one reading of its domain
     Json rows = Json::array();
     for (auto& row : page->specifiers()) {
         Json properties = Json::object();
@@ -323,6 +352,19 @@ void Session::tick()
 
 namespace {
 
+/// How many apps the picker a row opens has chosen; nothing for a row that opens no app picker.
+std::optional<std::size_t> chosenApps(PSListController& page, const PSSpecifier& row)
+{
+    auto* collapsible = dynamic_cast<NIMCollapsibleListController*>(&page);
+    const std::string& name = row.propertyForKey("action").stringValue();
+    if (!collapsible || name.empty())
+        return std::nullopt;
+    for (auto& [selector, action] : collapsible->page().actions)
+        if (selector == name)
+            return NIMAppPicker::chosenCount(action);
+    return std::nullopt;
+}
+
 Session::Json colorJson(const std::optional<UIColor>& color)
 {
     if (!color)
@@ -349,6 +391,8 @@ Session::Json Session::state()
         auto& specifier = page->specifiers()[i];
         pageState["rows"][i]["index"] = i;
         pageState["rows"][i]["cell"] = std::string(PSCellTypeName(specifier->cellType()));
+        if (auto apps = chosenApps(*page, *specifier))
+            pageState["rows"][i]["apps"] = *apps;
         if (auto cell = page->cellForSpecifier(specifier)) {
             if (!cell->detailTextLabel().text.empty())
                 pageState["rows"][i]["subtitle"] = cell->detailTextLabel().text;

@@ -49,6 +49,11 @@ public:
     void pick(const std::vector<std::string>& bundleIdentifiers);
     /// Answers the image picker being shown with an image file of this machine.
     void image(const std::filesystem::path& path);
+    /// "Remove Picture" on the shown picture row whose "id" is id: its stored picture is deleted.
+    /// Throws when the row is not a picture row, is disabled, or the file stays.
+    void removeImage(const std::string& id);
+    /// removeImage for the shown row at index (counted as tapRow counts).
+    void removeImageAt(std::size_t index);
     /// Cancels the picker being shown (image picker, mail composer, or an app picker on top).
     void cancel();
     /// Drags the shown row at index `from` to index `to`, counted from 0 over the rows of the table

@@ -1,5 +1,6 @@
 #include "platform/HBPreferences.h"
 
+#include "platform/HBPreferencesReadPass.h"
 #include "platform/NSFileManager.h"
 #include "platform/Process.h"
 #include "platform/PropertyListSerialization.h"
@@ -119,6 +120,9 @@ std::optional<PlistDictionary> HBPreferences::readFile(bool& corrupt) const
 
 const PlistDictionary& HBPreferences::current()
 {
+    if (HBPreferencesReadPass::hasChecked(*this))
+        return _snapshot ? _snapshot->values : emptyValues;
+    HBPreferencesReadPass::checked(*this);
     struct stat st {};
     if (!_file || ::stat(_file->c_str(), &st) != 0) {
         _snapshot.reset();
@@ -192,6 +196,7 @@ bool HBPreferences::modify(Change change)
                                                                         PropertyListSerialization::Format::Binary);
     bool written = AtomicFile::write(*_file, bytes);
     _snapshot.reset();
+    HBPreferencesReadPass::forget(*this);
     return written;
 }
 
@@ -200,6 +205,10 @@ bool HBPreferences::setObject(const PlistValue& value, std::string_view key)
     return modify([&](PlistDictionary& values, bool) {
         if (value.isNil())
             return values.erase(std::string(key)) > 0;
+        auto stored = values.find(key);
+        // The same value of the same kind is already on disk: nothing to write (nor to flush).
+        if (stored != values.end() && stored->second.kind() == value.kind() && stored->second == value)
+            return false;
         values[std::string(key)] = value;
         return true;
     });

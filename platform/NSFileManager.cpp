@@ -46,9 +46,11 @@ bool write(const fs::path& path, std::string_view bytes)
     return true;
 }
 
-std::optional<std::string> read(const fs::path& path, std::size_t limit)
+std::optional<std::string> read(const fs::path& path, std::size_t limit, Links links)
 {
-    int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    // Non-blocking, so that opening a FIFO does not wait for a writer; fstat then refuses it.
+    int flags = O_RDONLY | O_CLOEXEC | O_NONBLOCK | (links == Links::Refuse ? O_NOFOLLOW : 0);
+    int fd = ::open(path.c_str(), flags);
     if (fd < 0)
         return std::nullopt;
     struct stat st {};

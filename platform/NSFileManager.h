@@ -34,7 +34,10 @@ namespace AtomicFile {
 /// Writes bytes to a temporary file beside path, flushes it to disk, renames it over path and
 /// flushes the folder, so that a crash leaves either the old or the new file, never a torn one.
 bool write(const std::filesystem::path& path, std::string_view bytes);
-/// Reads a whole file; nothing when missing, unreadable, not a regular file or larger than limit.
-std::optional<std::string> read(const std::filesystem::path& path, std::size_t limit);
+/// Whether a read follows a symbolic link at the path itself.
+enum class Links { Follow, Refuse };
+/// Reads a whole file; nothing when missing, unreadable, not a regular file (a FIFO, a device or a
+/// folder is never waited on) or larger than limit. With Links::Refuse a link at path reads as nothing.
+std::optional<std::string> read(const std::filesystem::path& path, std::size_t limit, Links links = Links::Follow);
 
 }  // namespace AtomicFile

@@ -5,6 +5,10 @@
 
 struct NSRegularExpression::Compiled {
     std::unique_ptr<icu::RegexPattern> pattern;
+    /// The text last matched, which the matcher refers to.
+    icu::UnicodeString subject;
+    /// Made on the first match and reset for every later one (the main thread's only).
+    std::unique_ptr<icu::RegexMatcher> matcher;
 };
 
 NSRegularExpression::NSRegularExpression(std::unique_ptr<Compiled> compiled)
@@ -30,10 +34,17 @@ std::unique_ptr<NSRegularExpression> NSRegularExpression::regularExpressionWithP
 bool NSRegularExpression::matches(std::string_view text) const
 {
     UErrorCode status = U_ZERO_ERROR;
-    icu::UnicodeString subject = icu::UnicodeString::fromUTF8(icu::StringPiece(text.data(), static_cast<int32_t>(text.size())));
-    std::unique_ptr<icu::RegexMatcher> matcher(_compiled->pattern->matcher(subject, status));
-    if (U_FAILURE(status) || !matcher)
-        return false;
-    bool found = matcher->find(status);
+    Compiled& compiled = *_compiled;
+    compiled.subject = icu::UnicodeString::fromUTF8(icu::StringPiece(text.data(), static_cast<int32_t>(text.size())));
+    if (!compiled.matcher) {
+        compiled.matcher.reset(compiled.pattern->matcher(compiled.subject, status));
+        if (U_FAILURE(status) || !compiled.matcher) {
+            compiled.matcher.reset();
+            return false;
+        }
+    } else {
+        compiled.matcher->reset(compiled.subject);
+    }
+    bool found = compiled.matcher->find(status);
     return U_SUCCESS(status) && found;
 }

@@ -2,9 +2,8 @@
 
 #include "platform/DarwinNotifyCenter.h"
 #include "platform/HBPreferences.h"
+#include "platform/PSPageDefinition.h"
 #include "platform/Process.h"
-#include "platform/PropertyListSerialization.h"
-#include "platform/NSFileManager.h"
 
 #include <algorithm>
 
@@ -12,8 +11,6 @@ NIM_REGISTER_CLASS(PSListController, UIViewController);
 NIM_REGISTER_CLASS(PSListItemsController, PSListController);
 
 namespace {
-
-constexpr std::size_t kMaximumDefinitionSize = 4 << 20;
 
 EventLog::Event identifiers(const SpecifierArray& specifiers)
 {
@@ -63,38 +60,17 @@ void PSListController::setSpecifiers(SpecifierArray specifiers)
 
 SpecifierArray PSListController::loadSpecifiersFromPlistName(std::string_view name, const std::shared_ptr<NSObject>& target)
 {
-    Process& process = Process::current();
-    std::string file = std::string(name) + ".plist";
-    auto path = process.resourcesDirectory() / file;
-    std::error_code ec;
-    if (name.empty() || name.find("..") != std::string_view::npos || !std::filesystem::exists(path, ec)) {
-        process.reportError("page definition \"" + file + "\" is missing");
-        return {};
-    }
-    auto bytes = AtomicFile::read(path, kMaximumDefinitionSize);
-    std::optional<PlistValue> definition;
-    if (bytes)
-        definition = PropertyListSerialization::propertyListWithData(*bytes);
-    if (!definition || definition->kind() != PlistValue::Kind::Dictionary) {
-        process.reportError("page definition \"" + file + "\" is not a property list dictionary");
-        return {};
-    }
-    const PlistValue& items = (*definition)["items"];
-    if (items.kind() != PlistValue::Kind::Array) {
-        process.reportError("page definition \"" + file + "\" has no \"items\" array");
+    PSPageDefinition::Loaded loaded = PSPageDefinition::named(name);
+    if (!loaded.definition) {
+        Process::current().reportError(loaded.error);
         return {};
     }
     SpecifierArray specifiers;
-    for (std::size_t i = 0; i < items.arrayValue().size(); ++i) {
-        const PlistValue& item = items.arrayValue()[i];
-        if (item.kind() != PlistValue::Kind::Dictionary) {
-            process.reportError("page definition \"" + file + "\": item " + std::to_string(i) + " is not a dictionary");
-            return {};
-        }
-        specifiers.push_back(specifierFromItem(item.dictionaryValue(), target));
-    }
-    if (target.get() == this && (*definition)["title"].isString())
-        navigationItem().title = (*definition)["title"].stringValue();
+    specifiers.reserve(loaded.definition->items().size());
+    for (const PlistDictionary& item : loaded.definition->items())
+        specifiers.push_back(specifierFromItem(item, target));
+    if (target.get() == this && loaded.definition->title().isString())
+        navigationItem().title = loaded.definition->title().stringValue();
     return specifiers;
 }
 
@@ -164,6 +140,11 @@ bool PSListController::moveRow(std::size_t sectionStart, std::size_t sectionLeng
 void PSListController::reloadSpecifiers()
 {
     _specifiers.reset();
+    // The old rows' cells and headers leave the table with them.
+    for (auto& [row, cell] : _cells)
+        cell->removeFromSuperview();
+    for (auto& [row, header] : _headers)
+        header->removeFromSuperview();
     _cells.clear();
     _headers.clear();
     specifiers();

@@ -13,6 +13,24 @@ namespace {
 constexpr std::size_t kMaximumImageFileSize = 64 << 20;
 constexpr int kMaximumSide = 16384;
 
+// The size an image's header declares, when it is within the limits decoding accepts.
+std::optional<UIImage::Size> declaredSize(std::string_view bytes)
+{
+    if (bytes.empty() || bytes.size() > INT_MAX)
+        return std::nullopt;
+    int width = 0, height = 0, channels = 0;
+    if (!stbi_info_from_memory(reinterpret_cast<const stbi_uc*>(bytes.data()), static_cast<int>(bytes.size()), &width,
+                               &height, &channels) ||
+        width <= 0 || height <= 0 || width > kMaximumSide || height > kMaximumSide)
+        return std::nullopt;
+    return UIImage::Size{width, height};
+}
+
+std::filesystem::path resourceImage(std::string_view name)
+{
+    return Process::current().resourcesDirectory() / (std::string(name) + ".png");
+}
+
 }  // namespace
 
 UIImage::UIImage(int width, int height, std::vector<std::uint8_t> rgba)
@@ -24,13 +42,10 @@ UIImage::UIImage(int width, int height, std::vector<std::uint8_t> rgba)
 
 std::shared_ptr<UIImage> UIImage::imageWithData(std::string_view bytes)
 {
-    if (bytes.empty() || bytes.size() > INT_MAX)
+    if (!declaredSize(bytes))
         return nullptr;
     int width = 0, height = 0, channels = 0;
     auto data = reinterpret_cast<const stbi_uc*>(bytes.data());
-    if (!stbi_info_from_memory(data, static_cast<int>(bytes.size()), &width, &height, &channels) || width <= 0 ||
-        height <= 0 || width > kMaximumSide || height > kMaximumSide)
-        return nullptr;
     stbi_uc* pixels = stbi_load_from_memory(data, static_cast<int>(bytes.size()), &width, &height, &channels, 4);
     if (!pixels)
         return nullptr;
@@ -47,7 +62,13 @@ std::shared_ptr<UIImage> UIImage::imageWithContentsOfFile(const std::filesystem:
 
 std::shared_ptr<UIImage> UIImage::imageNamed(std::string_view name)
 {
-    return imageWithContentsOfFile(Process::current().resourcesDirectory() / (std::string(name) + ".png"));
+    return imageWithContentsOfFile(resourceImage(name));
+}
+
+std::optional<UIImage::Size> UIImage::sizeOfImageNamed(std::string_view name)
+{
+    auto bytes = AtomicFile::read(resourceImage(name), kMaximumImageFileSize);
+    return bytes ? declaredSize(*bytes) : std::nullopt;
 }
 
 std::string UIImagePNGRepresentation(const UIImage& image)

@@ -5,12 +5,19 @@
 #include <cstdint>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 class UIImage {
 public:
+    /// An image's size in pixels.
+    struct Size {
+        int width = 0;
+        int height = 0;
+    };
+
     UIImage(int width, int height, std::vector<std::uint8_t> rgba);
 
     /// The image in a file of this machine, or nullptr when it cannot be decoded.
@@ -19,6 +26,10 @@ public:
     static std::shared_ptr<UIImage> imageWithData(std::string_view bytes);
     /// The bundle's resource image name ("icons/NIMHeader" -> icons/NIMHeader.png), or nullptr.
     static std::shared_ptr<UIImage> imageNamed(std::string_view name);
+    /// The size of the bundle's resource image name, read from the file's header without decoding
+    /// its pixels; nothing when the file is missing or is no image imageNamed could decode the size
+    /// of (the same size limits apply).
+    static std::optional<Size> sizeOfImageNamed(std::string_view name);
 
     int width() const { return _width; }
     int height() const { return _height; }

@@ -31,8 +31,8 @@ if ((${#missing[@]})); then
   DEBIAN_FRONTEND=noninteractive "${sudo_cmd[@]}" apt-get install -y -qq "${missing[@]}"
 fi
 
-# playwright-core for the browser tests, exactly as package-lock.json pins it (never a browser
-# download: the tests drive Debian's Chromium).
+# playwright-core and axe-core for the browser tests, exactly as package-lock.json pins them
+# (never a browser download: the tests drive Debian's Chromium).
 lock_sum=$(sha256sum package-lock.json | cut -d' ' -f1)
 stamp=node_modules/.nimbra-package-lock.sha256
 if [ ! -f "$stamp" ] || [ "$(cat "$stamp")" != "$lock_sum" ]; then

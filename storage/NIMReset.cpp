@@ -4,6 +4,7 @@
 #include "platform/HBPreferences.h"
 #include "platform/NSFileManager.h"
 #include "platform/NSRegularExpression.h"
+#include "storage/NIMFileSweep.h"
 #include "storage/NimbraDomains.h"
 
 NIMDeletion clearDomain(std::string identifier)
@@ -30,13 +31,8 @@ std::vector<NIMDeletion> operator+(std::vector<NIMDeletion> a, const std::vector
 void removeFiles(const std::string& pattern, const std::string& folder)
 {
     auto expression = NSRegularExpression::regularExpressionWithPattern(pattern, NSRegularExpression::CaseInsensitive);
-    if (!expression)
-        return;
-    auto& files = NSFileManager::defaultManager();
-    std::string base = folder.ends_with('/') ? folder : folder + "/";
-    for (const std::string& relative : files.enumeratorAtPath(folder))
-        if (expression->matches(relative))
-            files.removeItemAtPath(base + relative);
+    if (expression)
+        NIMFileSweep::run(*expression, folder);
 }
 
 void performDeletions(const std::vector<NIMDeletion>& deletions)

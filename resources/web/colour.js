@@ -93,6 +93,14 @@ export function toHexInput(colour) {
   return '#' + [colour.r, colour.g, colour.b].map((n) => n.toString(16).padStart(2, '0')).join('');
 }
 
+/** "rgba(...)" for [r, g, b, a] components of 0-255 (a scheme's colour), or fallback when there are not four. */
+export function rgba(components, fallback) {
+  if (!Array.isArray(components) || components.length < 4) return fallback;
+  const [r, g, b, a] = components;
+  return `rgba(${r}, ${g}, ${b}, ${Math.round((a / 255) * 1000) / 1000})`;
+}
+
+/** "rgba(...)" for a colour {r, g, b, a}. */
 export function cssColour(colour) {
   return `rgba(${colour.r}, ${colour.g}, ${colour.b}, ${colour.a})`;
 }

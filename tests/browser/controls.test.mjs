@@ -2,37 +2,15 @@
 // own page, sliders that store on release, text fields that store on change, and disabled rows.
 
 import assert from 'node:assert/strict';
-import { after, before, beforeEach, test } from 'node:test';
+import { test } from 'node:test';
 
 import {
-  current, follow, launchBrowser, openApp, rowOf, runScript, screenshot, settle, setSwitch, shownIds, startServer, tempRoot,
-  waitForState,
+  animatedRow, animationsDone, browser, current, follow, openApp, PREFERENCES, rowOf, runScript, screenshot, server, setSwitch,
+  settle, shownIds, startServer, stored, tempRoot, useBrowser, waitForState,
 } from './helpers.mjs';
 
-const PREFERENCES = '/var/jb/var/mobile/Library/Preferences/';
-
-let browser;
-let server;
-
-before(async () => {
-  browser = await launchBrowser();
-  server = await startServer();
-});
-
-after(async () => {
-  await browser?.close();
-  await server?.stop();
-});
-
 // Each test starts on the root page, as the Settings app opens the bundle.
-beforeEach(async () => {
-  if (server) await server.api('POST', '/api/relaunch', {});
-});
-
-function stored(root, domain) {
-  const [file] = runScript(root, [`file ${PREFERENCES}${domain}.plist`]);
-  return file.value ?? {};
-}
+useBrowser({ relaunch: true });
 
 /** From the root page to CPU Info's page named label (CPU Info turned on on the way). */
 async function openCPUInfoPage(page, label) {
@@ -54,8 +32,7 @@ test('a segment shows the rows it governs and hides them again', async () => {
   let state = await waitForState(server, (s) => rowOf(s, { id: 'topLevelChild1' }));
   assert.deepEqual(shownIds(state), ['topLevelSwitch', ...GOVERNED]);
   await lockScreen.waitFor();
-  const inserted = current(page).locator('.cell[data-id="topLevelChild1"]');
-  assert.ok((await inserted.evaluate((node) => node.getAnimations().length)) > 0, 'animated insertions are drawn animated');
+  assert.ok(await animatedRow(page, 'enter', 'topLevelChild1'), 'animated insertions are drawn animated');
   assert.equal(await current(page).getByRole('radio', { name: 'Custom' }).getAttribute('aria-checked'), 'true');
   await settle(page, 500);
   await screenshot(page, 'visibility-custom');
@@ -99,7 +76,7 @@ test('a list row chooses its value on a page of its own', async () => {
 test('a slider stores its value when it is let go, as a real number', async () => {
   const page = await openApp(browser, server);
   await openCPUInfoPage(page, 'Label');
-  const slider = current(page).getByRole('slider', { name: 'fontSize' });
+  const slider = current(page).getByRole('slider', { name: 'Font Size', exact: true });
   const box = await slider.boundingBox();
   const before = stored(server.root, 'com.veltram.nimbraprefs.cpuinfo').fontSize;
   await page.mouse.move(box.x + box.width * 0.35, box.y + box.height / 2);
@@ -201,4 +178,106 @@ test('a movable row is dragged to its new place, stored as the script stores it'
   assert.deepEqual(page.scriptErrors, []);
   await page.context().close();
   await server.stop();
+});
+
+test('a segmented control draws iOS\'s pill, moves it at once, and follows the session\'s answer', async () => {
+  const page = await openApp(browser, server, { phone: true });
+  await openCPUInfoPage(page, 'Visibility');
+  const group = current(page).getByRole('radiogroup').first();
+  const custom = group.getByRole('radio', { name: 'Custom' });
+  const chosen = () => group.evaluate((node) => node.querySelector('[aria-checked="true"]')?.textContent);
+  const look = await group.evaluate((node) => {
+    const selected = node.querySelector('[aria-checked="true"]');
+    return {
+      track: getComputedStyle(node).backgroundColor,
+      pill: getComputedStyle(node.querySelector('.pill')).backgroundColor,
+      text: getComputedStyle(selected).color,
+      pillLeft: Math.round(node.querySelector('.pill').getBoundingClientRect().left),
+      selectedLeft: Math.round(selected.getBoundingClientRect().left),
+    };
+  });
+  assert.equal(look.track, 'rgba(118, 118, 128, 0.12)', 'a light grey track');
+  assert.equal(look.pill, 'rgb(255, 255, 255)', 'a white pill');
+  assert.equal(look.text, 'rgb(0, 0, 0)', 'dark text');
+  assert.ok(Math.abs(look.pillLeft - look.selectedLeft) <= 2, 'the pill is under the chosen segment');
+
+  // While the session has not answered, the pill is already on the tapped segment.
+  let release;
+  const held = new Promise((resolve) => (release = resolve));
+  await page.route('**/api/set', async (route) => {
+    await held;
+    await route.continue();
+  });
+  const before = rowOf(await server.state(), { key: 'visibility' }).value;
+  await custom.click();
+  assert.equal(await chosen(), 'Custom', 'the pill moves at once');
+  assert.equal(rowOf(await server.state(), { key: 'visibility' }).value, before, 'before the session has it');
+  release();
+  await waitForState(server, (s) => rowOf(s, { key: 'visibility' }).value === 2);
+  await page.unroute('**/api/set');
+
+  // A refused change moves the pill back.
+  await page.route('**/api/set', (route) => route.fulfill({ status: 400, contentType: 'application/json', body: '{"error":"refused"}' }));
+  await group.getByRole('radio', { name: 'Hidden' }).click();
+  await page.waitForFunction(() => document.querySelector('.page.current [role=radiogroup] [aria-checked="true"]')?.textContent === 'Custom');
+  await page.unroute('**/api/set');
+
+  // Arrow keys move between the segments and choose.
+  await custom.focus();
+  await page.keyboard.press('ArrowLeft');
+  await waitForState(server, (s) => rowOf(s, { key: 'visibility' }).value !== 2);
+  assert.notEqual(await chosen(), 'Custom');
+  await animationsDone(page);
+  await screenshot(page, 'segment-pill');
+  await page.context().close();
+});
+
+test('the back button shows the previous title whenever it fits beside the title, else "Back"', async () => {
+  const page = await openApp(browser, server);
+  const check = async () => {
+    const { stack } = await server.state();
+    const previous = stack[stack.length - 2].title;
+    const drawn = await page.evaluate(() => {
+      const text = document.querySelector('#nav-back .text');
+      const title = document.querySelector('#nav-title-text');
+      const range = document.createRange();
+      range.selectNodeContents(title);
+      const words = range.getBoundingClientRect();
+      return { text: text.textContent, right: text.getBoundingClientRect().right, titleLeft: words.left };
+    });
+    assert.ok(drawn.right <= drawn.titleLeft, `"${drawn.text}" ends before the title`);
+    return { previous, text: drawn.text };
+  };
+  await setSwitch(page, server, 'Enable Nimbra');
+  await follow(page, server, 'CPU Info');
+  let seen = await check();
+  assert.equal(seen.text, seen.previous, 'a short previous title fits');
+  if (!(await current(page).getByRole('switch', { name: 'Enabled' }).isChecked())) await setSwitch(page, server, 'Enabled');
+  await follow(page, server, 'Information to Show');
+  seen = await check();
+  assert.equal(seen.text, 'CPU Info');
+  await screenshot(page, 'back-title');
+
+  // "Nimbra Settings" does not fit beside a list's title "Color Picker": "Back".
+  await page.locator('#nav-back').click();
+  await waitForState(server, (s) => s.page.page === 'NIMCPUInfoRootPrefsListController');
+  await page.locator('#nav-back').click();
+  await waitForState(server, (s) => s.stack.length === 1);
+  await follow(page, server, 'Nimbra Settings');
+  await current(page).getByRole('button', { name: 'Color Picker' }).click();
+  await page.locator('.sublist').waitFor();
+  const text = await page.locator('#nav-back .text').textContent();
+  assert.equal(text, 'Back');
+  const widths = await page.evaluate(() => {
+    const canvas = document.createElement('canvas').getContext('2d');
+    const style = getComputedStyle(document.querySelector('#nav-back .text'));
+    canvas.font = `${style.fontWeight} ${style.fontSize} ${style.fontFamily}`;
+    const title = document.querySelector('#nav-title-text').getBoundingClientRect();
+    const words = canvas.measureText('Nimbra Settings').width;
+    const start = document.querySelector('#nav-back .text').getBoundingClientRect().left;
+    return { end: start + words, titleLeft: title.left + (title.width - canvas.measureText('Color Picker').width) / 2 };
+  });
+  assert.ok(widths.end > widths.titleLeft - 8, 'the previous title would have run into the title');
+  assert.deepEqual(page.scriptErrors, []);
+  await page.context().close();
 });

@@ -7,6 +7,7 @@ import fs from 'node:fs';
 import http from 'node:http';
 import os from 'node:os';
 import path from 'node:path';
+import { after, before, beforeEach } from 'node:test';
 import { fileURLToPath } from 'node:url';
 
 const here = path.dirname(fileURLToPath(import.meta.url));
@@ -98,6 +99,31 @@ export function rawRequest(port, { method = 'GET', path: route = '/', headers = 
   });
 }
 
+/** The test file's Chromium, and its server (null without one); set by useBrowser() before the tests run. */
+export let browser = null;
+export let server = null;
+
+/**
+ * Starts the test file's Chromium before its tests and closes it after them; with serve (default)
+ * also a `nimbra-prefs serve` over a fresh root, and with relaunch the Settings app opens afresh on
+ * the bundle's root page before each test.
+ */
+export function useBrowser({ serve = true, relaunch = false } = {}) {
+  before(async () => {
+    browser = await launchBrowser();
+    if (serve) server = await startServer();
+  });
+  after(async () => {
+    await browser?.close();
+    await server?.stop();
+  });
+  if (relaunch) {
+    beforeEach(async () => {
+      if (server) await server.api('POST', '/api/relaunch', {});
+    });
+  }
+}
+
 export async function launchBrowser() {
   const { chromium } = await import('playwright-core');
   if (!fs.existsSync(chromiumPath)) throw new Error(`Chromium not found at ${chromiumPath} (apt-get install chromium)`);
@@ -110,9 +136,13 @@ export async function launchBrowser() {
   });
 }
 
-/** A fresh browser context on the server's page, with script errors failing the test. */
-export async function openApp(browser, server) {
-  const context = await browser.newContext({ viewport: { width: 520, height: 900 } });
+/**
+ * A fresh browser context on the server's page, with script errors failing the test. options go
+ * to the context (default: a 520 × 900 window); phone: a 390 × 844 phone at 2× instead.
+ */
+export async function openApp(browser, server, { phone = false, ...options } = {}) {
+  const size = phone ? { viewport: { width: 390, height: 844 }, deviceScaleFactor: 2 } : { viewport: { width: 520, height: 900 } };
+  const context = await browser.newContext({ ...size, ...options });
   const page = await context.newPage();
   const errors = [];
   page.on('pageerror', (error) => errors.push(error.message));
@@ -154,6 +184,15 @@ export function runScript(root, lines) {
   return output;
 }
 
+/** The folder of the preference domains, as a device path. */
+export const PREFERENCES = '/var/jb/var/mobile/Library/Preferences/';
+
+/** The values stored in a preference domain of root ({} when its file does not exist). */
+export function stored(root, domain) {
+  const [file] = runScript(root, [`file ${PREFERENCES}${domain}.plist`]);
+  return file.value ?? {};
+}
+
 /** The device paths of every file below a folder of root (a device path such as /var/jb/var/mobile/...). */
 export function deviceFiles(root, folder) {
   const hostFolder = path.join(root, folder.replace(/^\/var\/jb\/?/, ''));
@@ -178,6 +217,19 @@ export function shownIds(state) {
   return state.page.rows.map((row) => row.properties.id).filter(Boolean);
 }
 
+/**
+ * Whether the page drew the row with this id sliding in (kind 'enter') or out ('leave') because
+ * the session's events said so: the page's own record, whatever the animation's progress.
+ */
+export function animatedRow(page, kind, id) {
+  return page.evaluate(([k, i]) => window.nimbra.animatedRows.some((row) => row.kind === k && row.id === i), [kind, id]);
+}
+
+/** Waits until no animation of the page is running (a slide, a sheet coming up). */
+export function animationsDone(page) {
+  return page.waitForFunction(() => document.getAnimations().every((animation) => animation.playState !== 'running'));
+}
+
 /** Lets the page's poll and animations settle. */
 export function settle(page, ms = 500) {
   return page.waitForTimeout(ms);
@@ -186,7 +238,8 @@ export function settle(page, ms = 500) {
 /** Taps the link (or button) row with this label on the current page and waits for the next page. */
 export async function follow(page, server, label) {
   const before = (await server.state()).stack.length;
-  await current(page).getByRole('button', { name: label, exact: true }).first().click();
+  const name = { name: label, exact: true };
+  await current(page).getByRole('link', name).or(current(page).getByRole('button', name)).first().click();
   const state = await waitForState(server, (s) => s.stack.length === before + 1);
   await page.locator(`.page.current[data-page="${state.page.page}"]`).waitFor();
   // The page has finished sliding in.

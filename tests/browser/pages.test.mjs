@@ -4,22 +4,11 @@
 
 import assert from 'node:assert/strict';
 import { spawnSync } from 'node:child_process';
-import { after, before, test } from 'node:test';
+import { test } from 'node:test';
 
-import { current, exe, launchBrowser, openApp, screenshot, startServer, waitForState } from './helpers.mjs';
+import { browser, current, exe, openApp, screenshot, server, useBrowser, waitForState } from './helpers.mjs';
 
-let browser;
-let server;
-
-before(async () => {
-  browser = await launchBrowser();
-  server = await startServer();
-});
-
-after(async () => {
-  await browser?.close();
-  await server?.stop();
-});
+useBrowser();
 
 function pageClasses() {
   const listed = spawnSync(exe, ['pages'], { encoding: 'utf8' });

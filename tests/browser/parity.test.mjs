@@ -4,27 +4,14 @@
 
 import assert from 'node:assert/strict';
 import fs from 'node:fs';
-import { after, before, test } from 'node:test';
+import { test } from 'node:test';
 
 import {
-  current, deviceFiles, follow, hostPath, launchBrowser, openApp, rowOf, runScript, screenshot, setSwitch, startServer, tempRoot,
-  waitForState,
+  browser, current, deviceFiles, follow, hostPath, openApp, PREFERENCES, rowOf, runScript, screenshot, server, setSwitch,
+  tempRoot, useBrowser, waitForState,
 } from './helpers.mjs';
 
-const PREFERENCES = '/var/jb/var/mobile/Library/Preferences/';
-
-let browser;
-let server;
-
-before(async () => {
-  browser = await launchBrowser();
-  server = await startServer();
-});
-
-after(async () => {
-  await browser?.close();
-  await server?.stop();
-});
+useBrowser();
 
 /** The id of the shown row with this label (the script taps rows by id). */
 async function idOf(label) {
@@ -83,7 +70,7 @@ test('the browser and the script leave the same preference files', async () => {
   await editor.getByRole('button', { name: 'Done' }).click();
   await waitForState(server, (s) => rowOf(s, { key: 'textColor' })?.value === '#FF8800');
   script.push('set textColor "#FF8800"');
-  const slider = current(page).getByRole('slider', { name: 'fontSize' });
+  const slider = current(page).getByRole('slider', { name: 'Font Size', exact: true });
   const box = await slider.boundingBox();
   await page.mouse.click(box.x + box.width - 1, box.y + box.height / 2);
   await waitForState(server, (s) => rowOf(s, { key: 'fontSize' }).value === 20);

@@ -4,29 +4,14 @@
 import assert from 'node:assert/strict';
 import fs from 'node:fs';
 import path from 'node:path';
-import { after, before, test } from 'node:test';
+import { test } from 'node:test';
 
 import {
-  current, follow, hostPath, launchBrowser, makePng, openApp, rowOf, runScript, screenshot, settle, setSwitch, startServer,
-  tempRoot, waitForState,
+  animationsDone, browser, current, follow, hostPath, makePng, openApp, rowOf, runScript, screenshot, setSwitch, settle,
+  startServer, stored, tempRoot, useBrowser, waitForState,
 } from './helpers.mjs';
 
-const PREFERENCES = '/var/jb/var/mobile/Library/Preferences/';
-
-let browser;
-
-before(async () => {
-  browser = await launchBrowser();
-});
-
-after(async () => {
-  await browser?.close();
-});
-
-function stored(root, domain) {
-  const [file] = runScript(root, [`file ${PREFERENCES}${domain}.plist`]);
-  return file.value;
-}
+useBrowser({ serve: false });
 
 test('an app is picked from the app list, found by name or bundle identifier', async () => {
   const server = await startServer();
@@ -39,6 +24,8 @@ test('an app is picked from the app list, found by name or bundle identifier', a
     await current(page).getByRole('radio', { name: 'Custom' }).click();
     await waitForState(server, (s) => rowOf(s, { label: 'Hide in Selected Apps' }));
     await setSwitch(page, server, 'Hide in Selected Apps');
+    const opener = current(page).getByRole('button', { name: 'Select Apps', exact: true });
+    assert.equal(await opener.locator('.cell-detail').textContent(), 'None', 'the row says how many apps are chosen');
     const state = await follow(page, server, 'Select Apps');
     assert.ok(state.picker, 'the app picker is on top');
     const { identifier, key } = state.picker;
@@ -49,7 +36,13 @@ test('an app is picked from the app list, found by name or bundle identifier', a
     assert.deepEqual(await visible.locator('.cell-label').allTextContents(), ['Safari']);
     await search.fill('mobileslide');
     assert.deepEqual(await visible.locator('.cell-label').allTextContents(), ['Photos']);
+    await search.fill('no such app');
+    assert.equal(await visible.count(), 0);
+    await current(page).getByText('No Results', { exact: true }).waitFor();
+    assert.equal(await current(page).locator('.group:not(.filtered-out):not(.no-label)').count(), 0, 'no empty section header');
+    await screenshot(page, 'app-picker-no-results');
     await search.fill('');
+    assert.equal(await current(page).getByText('No Results', { exact: true }).isVisible(), false);
     assert.equal(await visible.count(), state.page.rows.filter((row) => row.properties.bundleIdentifier).length);
 
     await search.fill('Safari');
@@ -69,6 +62,8 @@ test('an app is picked from the app list, found by name or bundle identifier', a
     await page.locator('#nav-back').click();
     await waitForState(server, (s) => !s.picker);
     await page.locator('.page.current[data-page="NIMCPUInfoVisibilityPrefsListController"]').waitFor();
+    await page.waitForFunction(() => [...document.querySelectorAll('.page.current .cell')].some((cell) => cell.textContent.includes('1 App')));
+    assert.equal(await current(page).getByRole('button', { name: 'Select Apps', exact: true }).locator('.cell-detail').textContent(), '1 App');
     assert.deepEqual(page.scriptErrors, []);
   } finally {
     await server.stop();
@@ -104,7 +99,7 @@ for (const { library, expected } of LIBRARIES) {
       await editor.waitFor();
       assert.equal(await editor.getByLabel('Hex').inputValue(), 'FFFFFF', 'the fallback colour until one is stored');
       await editor.getByLabel('Hex').fill('FF0000');
-      await editor.getByLabel('Alpha').fill('0.5');
+      await editor.getByLabel('Opacity').fill('0.5');
       await screenshot(page, `colour-editor-${library ?? 'none'}`);
       await editor.getByRole('button', { name: 'Done' }).click();
 
@@ -120,7 +115,7 @@ for (const { library, expected } of LIBRARIES) {
       await colourRow.click();
       await editor.waitFor();
       assert.equal(await editor.getByLabel('Hex').inputValue(), 'FF0000');
-      assert.equal(Number(await editor.getByLabel('Alpha').inputValue()), 0.5);
+      assert.equal(Number(await editor.getByLabel('Opacity').inputValue()), 0.5);
       await editor.getByRole('button', { name: 'Cancel' }).click();
       await editor.waitFor({ state: 'detached' });
       await screenshot(page, `colour-row-${library ?? 'none'}`);
@@ -137,7 +132,7 @@ const IMAGE_FILE = '/var/jb/var/mobile/Library/Nimbra/ControlCenterBackgroundLig
 /** Reaches the Control Center page's picture rows through the pages, or says why it cannot. */
 async function reachImageRow(page, server) {
   await setSwitch(page, server, 'Enable Nimbra');
-  const link = current(page).getByRole('button', { name: 'Control Center', exact: true });
+  const link = current(page).getByRole('link', { name: 'Control Center', exact: true });
   await link.waitFor({ timeout: 3000 }).catch(() => {});
   if (!(await link.count())) return 'the root page has no Control Center link';
   await follow(page, server, 'Control Center');
@@ -148,6 +143,16 @@ async function reachImageRow(page, server) {
   await image.click();
   await waitForState(server, (s) => s.page.rows.some((row) => row.cellClass === 'NimbraImagePicker'));
   return null;
+}
+
+/** Taps a picture row that has a picture, and "Choose Picture" in the sheet it shows; answers the file chooser. */
+async function choosePicture(page, row) {
+  await row.click();
+  const sheet = page.getByRole('alertdialog', { name: IMAGE_ROW });
+  await sheet.waitFor();
+  await animationsDone(page);
+  const [chooser] = await Promise.all([page.waitForEvent('filechooser'), sheet.getByRole('button', { name: 'Choose Picture' }).click()]);
+  return chooser;
 }
 
 test('a picture chosen on this computer is uploaded, stored as the script stores it, and previewed', async (t) => {
@@ -191,8 +196,9 @@ test('a picture chosen on this computer is uploaded, stored as the script stores
     ]);
     assert.ok(stored.equals(fs.readFileSync(hostPath(scriptRoot, IMAGE_FILE))), 'browser and script store identical PNG files');
 
-    // Cancelling the photo library keeps the stored picture.
-    await Promise.all([page.waitForEvent('filechooser'), row.click()]);
+    // A row with a picture offers to choose another or to remove it; cancelling the photo library
+    // keeps the stored picture.
+    await choosePicture(page, row);
     const photos = page.getByRole('dialog', { name: 'Photos' });
     await photos.waitFor();
     await photos.getByRole('button', { name: 'Cancel' }).click();
@@ -201,12 +207,35 @@ test('a picture chosen on this computer is uploaded, stored as the script stores
     assert.ok(fs.readFileSync(hostPath(server.root, IMAGE_FILE)).equals(stored));
 
     // A file that is not a picture is refused and nothing changes.
-    const [again] = await Promise.all([page.waitForEvent('filechooser'), row.click()]);
+    const again = await choosePicture(page, row);
     await waitForState(server, (s) => s.presented?.kind === 'imagePicker');
     await again.setFiles({ name: 'notes.txt', mimeType: 'text/plain', buffer: Buffer.from('not a picture') });
     await page.locator('#toast', { hasText: 'not a picture' }).waitFor();
     assert.equal((await server.state()).presented?.kind, 'imagePicker', 'the photo library stays open');
     await page.getByRole('dialog', { name: 'Photos' }).getByRole('button', { name: 'Cancel' }).click();
+    await waitForState(server, (s) => !s.presented);
+
+    // "Remove Picture" deletes the stored file; the row shows its placeholder again.
+    await row.click();
+    const sheet = page.getByRole('alertdialog', { name: IMAGE_ROW });
+    await sheet.waitFor();
+    await animationsDone(page);
+    await screenshot(page, 'image-action-sheet');
+    await sheet.getByRole('button', { name: 'Remove Picture' }).click();
+    const removed = await waitForState(server, (s) => !rowOf(s, { label: IMAGE_ROW })?.image);
+    assert.equal(rowOf(removed, { label: IMAGE_ROW }).image, undefined);
+    assert.equal(fs.existsSync(hostPath(server.root, IMAGE_FILE)), false, 'the stored picture is deleted');
+    await row.locator('.preview-placeholder:not([hidden])').waitFor();
+    assert.equal(await row.locator('img.preview').isVisible(), false);
+    assert.equal(await row.locator('.chevron-right').count(), 1, 'an empty row reads as tappable');
+    await screenshot(page, 'image-removed');
+    // An empty row opens the photo library at once.
+    await Promise.all([page.waitForEvent('filechooser'), row.click()]);
+    await waitForState(server, (s) => s.presented?.kind === 'imagePicker');
+    const photos2 = page.getByRole('dialog', { name: 'Photos' });
+    await photos2.waitFor();
+    assert.deepEqual(await photos2.getByRole('button').allTextContents(), ['Cancel', 'Choose a Picture…'], 'only real choices');
+    await photos2.getByRole('button', { name: 'Cancel' }).click();
     await waitForState(server, (s) => !s.presented);
     assert.deepEqual(page.scriptErrors, []);
   } finally {

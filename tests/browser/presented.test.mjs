@@ -2,22 +2,11 @@
 // support mail composer of the root page.
 
 import assert from 'node:assert/strict';
-import { after, before, test } from 'node:test';
+import { test } from 'node:test';
 
-import { current, follow, launchBrowser, openApp, screenshot, setSwitch, startServer, waitForState } from './helpers.mjs';
+import { browser, current, follow, openApp, screenshot, server, setSwitch, useBrowser, waitForState } from './helpers.mjs';
 
-let browser;
-let server;
-
-before(async () => {
-  browser = await launchBrowser();
-  server = await startServer();
-});
-
-after(async () => {
-  await browser?.close();
-  await server?.stop();
-});
+useBrowser();
 
 test('a stock app page closes its app and says so in an alert', async () => {
   const page = await openApp(browser, server);

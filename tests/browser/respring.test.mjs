@@ -4,9 +4,11 @@
 import assert from 'node:assert/strict';
 import fs from 'node:fs';
 import path from 'node:path';
-import { after, before, test } from 'node:test';
+import { test } from 'node:test';
 
-import { current, follow, hostPath, launchBrowser, openApp, runScript, screenshot, startServer, tempRoot, waitForState } from './helpers.mjs';
+import {
+  browser, current, follow, hostPath, openApp, runScript, screenshot, startServer, tempRoot, useBrowser, waitForState,
+} from './helpers.mjs';
 
 const CACHES = [
   '/var/jb/var/mobile/Library/Nimbra/AppIconColors.cache',
@@ -15,15 +17,7 @@ const CACHES = [
 ];
 const COLOURS = '/var/jb/var/mobile/Library/Preferences/com.veltram.nimbraprefs.cpuinfo.colors.plist';
 
-let browser;
-
-before(async () => {
-  browser = await launchBrowser();
-});
-
-after(async () => {
-  await browser?.close();
-});
+useBrowser({ serve: false });
 
 /** The events the session recorded after sequence number since. */
 async function eventsSince(server, since) {
@@ -118,7 +112,7 @@ test('Reset All Colors: Cancel changes nothing; Confirm deletes as the script do
     assert.equal(await alert.locator('.alert-message').textContent(), 'Do you really want to reset all colors?');
     const confirm = alert.getByRole('button', { name: 'Confirm' });
     const cancel = alert.getByRole('button', { name: 'Cancel' });
-    assert.equal(await confirm.evaluate((node) => getComputedStyle(node).color), 'rgb(255, 59, 48)', 'destructive');
+    assert.equal(await confirm.evaluate((node) => getComputedStyle(node).color), 'rgb(215, 0, 21)', 'destructive');
     assert.equal(await cancel.evaluate((node) => getComputedStyle(node).fontWeight), '600', 'cancel');
     await screenshot(page, 'reset-alert');
 

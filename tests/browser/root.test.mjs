@@ -2,27 +2,14 @@
 // fades in as the header scrolls away, and a link to another page and back.
 
 import assert from 'node:assert/strict';
-import { after, before, beforeEach, test } from 'node:test';
+import { test } from 'node:test';
 
-import { current, launchBrowser, openApp, rowOf, runScript, screenshot, settle, shownIds, startServer, waitForState } from './helpers.mjs';
-
-let server;
-let browser;
-
-before(async () => {
-  server = await startServer();
-  browser = await launchBrowser();
-});
-
-after(async () => {
-  await browser?.close();
-  await server?.stop();
-});
+import {
+  animatedRow, browser, current, openApp, rowOf, runScript, screenshot, server, settle, shownIds, useBrowser, waitForState,
+} from './helpers.mjs';
 
 // Each test starts on the root page, as the Settings app opens the bundle.
-beforeEach(async () => {
-  if (server) await server.api('POST', '/api/relaunch', {});
-});
+useBrowser({ relaunch: true });
 
 /** The labels the page draws, in order: group headers as "[LABEL]", cells as their label. */
 function drawnRows(page) {
@@ -85,8 +72,7 @@ test('Enable Nimbra slides the group rows in directly below it, and out again', 
   // The rows come in with an animation, as the insert events say.
   const cpu = current(page).locator('.cell', { hasText: 'CPU Info' });
   await cpu.waitFor();
-  const animating = await cpu.evaluate((node) => node.getAnimations().length);
-  assert.ok(animating > 0, 'an animated insertion is drawn animated');
+  assert.ok(await animatedRow(page, 'enter', 'topLevelChild2'), 'an animated insertion is drawn animated');
   await screenshot(page, 'root-enable-animating');
 
   const state = await waitForState(server, (s) => rowOf(s, { id: 'topLevelChild1' }));
@@ -106,6 +92,7 @@ test('Enable Nimbra slides the group rows in directly below it, and out again', 
 
   await toggle.uncheck();
   await cpu.waitFor({ state: 'detached' });
+  assert.ok(await animatedRow(page, 'leave', 'topLevelChild2'), 'an animated removal is drawn animated');
   const off = await waitForState(server, (s) => !rowOf(s, { id: 'topLevelChild1' }));
   await settle(page, 400);
   assert.deepEqual(await drawnRows(page), stateRows(off));
@@ -120,8 +107,7 @@ test('rows present when a page opens are drawn at once, without animation', asyn
   await server.api('POST', '/api/set', { key: 'nimbraEnabled', value: true });
   const page = await openApp(browser, server);
   await current(page).locator('.cell', { hasText: 'CPU Info' }).waitFor();
-  const running = await page.evaluate(() => document.getAnimations().filter((a) => a.playState === 'running').length);
-  assert.equal(running, 0);
+  assert.deepEqual(await page.evaluate(() => window.nimbra.animatedRows), [], 'no row slid in');
   await screenshot(page, 'root-opened-enabled');
   await page.context().close();
   await server.api('POST', '/api/set', { key: 'nimbraEnabled', value: false });
@@ -146,7 +132,7 @@ test('scrolling the header away fades the title in; scrolling back fades it out'
 
 test('a link opens its page, and the back button returns', async () => {
   const page = await openApp(browser, server);
-  await current(page).getByRole('button', { name: 'Nimbra Settings' }).click();
+  await current(page).getByRole('link', { name: 'Nimbra Settings' }).click();
   await waitForState(server, (s) => s.page.page === 'NIMNimbraSettingsPrefsListController');
   await page.locator('.page.current[data-page="NIMNimbraSettingsPrefsListController"]').waitFor();
   await settle(page);

@@ -3,22 +3,11 @@
 // endpoints, and files outside the stored pictures.
 
 import assert from 'node:assert/strict';
-import { after, before, test } from 'node:test';
+import { test } from 'node:test';
 
-import { launchBrowser, openApp, rawRequest, screenshot, startServer } from './helpers.mjs';
+import { browser, openApp, rawRequest, screenshot, server, useBrowser } from './helpers.mjs';
 
-let server;
-let browser;
-
-before(async () => {
-  server = await startServer();
-  browser = await launchBrowser();
-});
-
-after(async () => {
-  await browser?.close();
-  await server?.stop();
-});
+useBrowser();
 
 const json = (body) => ({ 'Content-Type': 'application/json', 'Content-Length': Buffer.byteLength(body) });
 

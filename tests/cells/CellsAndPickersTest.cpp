@@ -127,6 +127,34 @@ TEST_F(CellsTest, APickedImageIsStoredAsAFullSizePng)
     EXPECT_EQ(imageCell->previewContents()->width(), 640);
 }
 
+TEST_F(CellsTest, RemovePictureDeletesTheStoredFileAndEmptiesThePreview)
+{
+    auto imageCell = std::dynamic_pointer_cast<NimbraImagePicker>(cell("image"));
+    s()->tap("image");
+    s()->image(picture("photo.png", 64, 48, 10));
+    ASSERT_TRUE(fs::exists(test::under(s().root.path(), kStored)));
+    s().events();
+
+    s()->removeImage("image");
+    EXPECT_FALSE(fs::exists(test::under(s().root.path(), kStored)));
+    EXPECT_FALSE(imageCell->previewContents());
+    EXPECT_EQ(imageCell->previewImage()->imageName, "");
+    auto deletes = s().events("delete");
+    ASSERT_EQ(deletes.size(), 1u) << "the file manager removed it";
+    EXPECT_EQ(deletes.at(0)["path"], kStored);
+
+    s()->removeImage("image");  // nothing left to remove
+    EXPECT_FALSE(imageCell->previewContents());
+    EXPECT_THROW(s()->removeImage("switch"), CommandError) << "not a picture row";
+    EXPECT_THROW(s()->removeImage("noSuchRow"), CommandError);
+    EXPECT_THROW(s()->removeImageAt(999), CommandError);
+
+    auto before = filesUnder(s().root.path());
+    for (const char* id : {"escape", "nested", "empty"})
+        s()->removeImage(id);
+    EXPECT_EQ(filesUnder(s().root.path()), before) << "bad file names remove nothing anywhere";
+}
+
 TEST_F(CellsTest, ThePreviewIsMadeOnceAndFollowsLayout)
 {
     auto imageCell = std::dynamic_pointer_cast<NimbraImagePicker>(cell("image"));

@@ -77,6 +77,8 @@ TEST(Script, CommandsThatCannotBeCarriedOutStopTheRunWithTheirLine)
              {open + "call noSuchAction\n", "NIMBatteryLineColorsPrefsListController has no action noSuchAction"},
              {open + "tap lpmChild\n", "NIMBatteryLineColorsPrefsListController shows no row with id \"lpmChild\""},
              {open + "tap lpmParent\n", "row \"lpmParent\" does nothing when tapped"},
+             {open + "removeimage lpmParent\n", "row \"lpmParent\" is not a picture row"},
+             {open + "removeimage\n", "missing row id"},
              {"wait -1\n", "cannot wait a negative time"},
              {"wait soon\n", "malformed value \"soon\" (true, false, a number or a \"string\")"},
              {"write ../escape key 1\n", "\"../escape\" is not a domain identifier"},

@@ -8,6 +8,9 @@
 
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
+#include <sys/stat.h>
+
 namespace {
 
 PlistDictionary row(std::string id, std::string cell = "PSSwitchCell")
@@ -109,6 +112,39 @@ TEST_F(ModelTest, DefinitionsLoadInOrderAndResolveClassesByName)
     loaded = page->loadSpecifiersFromPlistName("pages/Test/Page", page);
     ASSERT_NE(loaded[1]->cellClass(), nullptr);
     EXPECT_EQ(loaded[1]->cellClass()->name, "SparkColourPickerCell");
+    EXPECT_TRUE(errors().empty());
+}
+
+TEST_F(ModelTest, ADefinitionIsParsedOnceWhileItsFileStaysTheSameAndEveryLoadMakesFreshRows)
+{
+    auto items = [](std::vector<std::string> ids) {
+        PlistArray rows;
+        for (auto& id : ids)
+            rows.push_back(PlistValue(row(id)));
+        return PlistValue(PlistDictionary{{"items", PlistValue(rows)}});
+    };
+    define("pages/Test/Cached", items({"a1", "b1"}));
+    auto first = page->loadSpecifiersFromPlistName("pages/Test/Cached", page);
+    auto second = page->loadSpecifiersFromPlistName("pages/Test/Cached", page);
+    ASSERT_EQ(second.size(), 2u);
+    EXPECT_NE(first[0], second[0]) << "rows are distinct objects";
+    first[0]->setProperty(PlistValue("changed"), "label");
+    EXPECT_EQ(second[0]->propertyForKey("label").stringValue(), "Row a1") << "a change stays with its row";
+
+    // Same path, inode, size and modification time: the kept parse is used, the bytes are not read.
+    auto file = resources / "pages/Test/Cached.plist";
+    struct stat before {};
+    ASSERT_EQ(::stat(file.c_str(), &before), 0);
+    std::string text = test::readFile(file);
+    for (std::size_t at = text.find("a1"); at != std::string::npos; at = text.find("a1", at))
+        text.replace(at, 2, "z9");
+    test::writeFile(file, text);
+    const timespec times[2] = {before.st_atim, before.st_mtim};
+    ASSERT_EQ(::utimensat(AT_FDCWD, file.c_str(), times, 0), 0);
+    EXPECT_EQ(page->loadSpecifiersFromPlistName("pages/Test/Cached", page)[0]->identifier(), "a1");
+
+    define("pages/Test/Cached", items({"a1", "b1", "c1"}));
+    EXPECT_EQ(page->loadSpecifiersFromPlistName("pages/Test/Cached", page).size(), 3u) << "a changed file is read again";
     EXPECT_TRUE(errors().empty());
 }
 

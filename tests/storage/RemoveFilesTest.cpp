@@ -53,3 +53,32 @@ TEST(RemoveFiles, MatchingFoldersGoWholeAndAnInvalidPatternRemovesNothing)
     EXPECT_TRUE(std::filesystem::exists(folder / "keep.plist"));
     removeFiles("veltram", "/var/jb/no-such-folder");
 }
+
+TEST(RemoveFiles, APreferencesFolderThatIsALinkIsSweptThroughItsLinkAndNothingBelowIsFollowed)
+{
+    test::TempDir root, elsewhere, beyond;
+    const std::string preferences = "/var/jb/var/mobile/Library/Preferences";
+    std::filesystem::create_directories(test::under(root.path(), preferences).parent_path());
+    std::filesystem::create_directory_symlink(elsewhere.path(), test::under(root.path(), preferences));
+    for (auto name : {"com.veltram.nimbraprefs.w.plist", "com.veltram.nimbraprefs.batteryline.colors.plist",
+                      "sub/com.veltram.nimbraprefs.time.plist", "com.apple.springboard.plist"})
+        test::writeFile(elsewhere / name, "x");
+    test::writeFile(beyond / "com.veltram.nimbraprefs.kept.plist", "x");
+    std::filesystem::create_directory_symlink(beyond.path(), elsewhere / "linked");
+
+    auto run = test::runScript({"--root", root.path().string()},
+                               "open NIMNimbraSettingsPrefsListController\ncall resetAll\nalert Confirm\nevents\n");
+    ASSERT_EQ(run.status, 0) << run.errors;
+    std::vector<std::string> deleted;
+    for (auto& event : run.lines.back()["events"])
+        if (event["event"] == "delete")
+            deleted.push_back(event["path"]);
+    EXPECT_EQ(deleted, (std::vector<std::string>{
+                           preferences + "/com.veltram.nimbraprefs.batteryline.colors.plist",
+                           preferences + "/com.veltram.nimbraprefs.w.plist",
+                           preferences + "/sub/com.veltram.nimbraprefs.time.plist",
+                       }));
+    EXPECT_FALSE(std::filesystem::exists(elsewhere / "com.veltram.nimbraprefs.w.plist"));
+    EXPECT_TRUE(std::filesystem::exists(elsewhere / "com.apple.springboard.plist"));
+    EXPECT_TRUE(std::filesystem::exists(beyond / "com.veltram.nimbraprefs.kept.plist")) << "a link below is never followed";
+}

@@ -1,0 +1,83 @@
+#include "platform/PSPageDefinition.h"
+
+#include "platform/NSFileManager.h"
+#include "platform/Process.h"
+#include "platform/PropertyListSerialization.h"
+
+#include <sys/stat.h>
+
+#include <map>
+
+namespace {
+
+constexpr std::size_t kMaximumDefinitionSize = 4 << 20;
+
+struct FileIdentity {
+    dev_t device = 0;
+    ino_t inode = 0;
+    off_t size = 0;
+    long long modifiedSeconds = 0;
+    long modifiedNanoseconds = 0;
+    bool operator==(const FileIdentity&) const = default;
+};
+
+struct CachedDefinition {
+    FileIdentity identity;
+    PSPageDefinition::Loaded loaded;
+};
+
+/// The process's parsed definitions, by host path.
+struct DefinitionCache {
+    std::map<std::string, CachedDefinition, std::less<>> byPath;
+};
+
+PSPageDefinition::Loaded parse(const std::filesystem::path& path, const std::string& file)
+{
+    auto bytes = AtomicFile::read(path, kMaximumDefinitionSize);
+    std::optional<PlistValue> definition;
+    if (bytes)
+        definition = PropertyListSerialization::propertyListWithData(*bytes);
+    auto failed = [&](const std::string& why) { return PSPageDefinition::Loaded{nullptr, "page definition \"" + file + "\"" + why}; };
+    if (!definition || definition->kind() != PlistValue::Kind::Dictionary)
+        return failed(" is not a property list dictionary");
+    const PlistValue& items = (*definition)["items"];
+    if (items.kind() != PlistValue::Kind::Array)
+        return failed(" has no \"items\" array");
+    std::vector<PlistDictionary> rows;
+    rows.reserve(items.arrayValue().size());
+    for (std::size_t i = 0; i < items.arrayValue().size(); ++i) {
+        const PlistValue& item = items.arrayValue()[i];
+        if (item.kind() != PlistValue::Kind::Dictionary)
+            return failed(": item " + std::to_string(i) + " is not a dictionary");
+        rows.push_back(item.dictionaryValue());
+    }
+    const PlistValue& title = (*definition)["title"];
+    return {std::make_shared<PSPageDefinition>(std::move(rows), title.isString() ? title : PlistValue()), {}};
+}
+
+}  // namespace
+
+PSPageDefinition::PSPageDefinition(std::vector<PlistDictionary> items, PlistValue title)
+    : _items(std::move(items))
+    , _title(std::move(title))
+{
+}
+
+PSPageDefinition::Loaded PSPageDefinition::named(std::string_view name)
+{
+    Process& process = Process::current();
+    std::string file = std::string(name) + ".plist";
+    auto path = process.resourcesDirectory() / file;
+    struct stat st {};
+    if (name.empty() || name.find("..") != std::string_view::npos || ::stat(path.c_str(), &st) != 0)
+        return {nullptr, "page definition \"" + file + "\" is missing"};
+    // Taken before the file is read: a change made while it is read shows as a new identity next time.
+    FileIdentity identity{st.st_dev, st.st_ino, st.st_size, st.st_mtim.tv_sec, st.st_mtim.tv_nsec};
+    auto& cache = process.global<DefinitionCache>().byPath;
+    auto cached = cache.find(path.native());
+    if (cached != cache.end() && cached->second.identity == identity)
+        return cached->second.loaded;
+    Loaded loaded = parse(path, file);
+    cache[path.native()] = {identity, loaded};
+    return loaded;
+}

@@ -1,0 +1,40 @@
+#pragma once
+// A page definition ("<name>.plist" among the bundle's resources) as parsed: its rows' property
+// dictionaries, in order, and its title. Definitions are parsed once per file and kept for the
+// life of the process, keyed by the file's identity (path, device, inode, size, modification
+// time): a definition whose file changed on disk is read again, one that did not is never
+// re-parsed. Pages make fresh specifier objects from the kept rows on every load.
+
+#include "platform/PlistValue.h"
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+class PSPageDefinition {
+public:
+    /// What loading a definition gives: the definition, or the message that reports why there is
+    /// none ("page definition \"X.plist\" is missing", "... is not a property list dictionary",
+    /// "... has no \"items\" array", "...: item N is not a dictionary").
+    struct Loaded {
+        std::shared_ptr<const PSPageDefinition> definition;
+        std::string error;
+    };
+
+    /// The definition called name in the current process's resources. A name that is empty or
+    /// holds ".." is missing; so is a file that cannot be found. Larger files than 4 MiB are not
+    /// property lists. Failures of a file that exists are kept as its definition is, until it changes.
+    static Loaded named(std::string_view name);
+
+    /// The rows' property dictionaries, in definition order.
+    const std::vector<PlistDictionary>& items() const { return _items; }
+    /// The definition's "title", or nil when it has none (or it is not a string).
+    const PlistValue& title() const { return _title; }
+
+    PSPageDefinition(std::vector<PlistDictionary> items, PlistValue title);
+
+private:
+    std::vector<PlistDictionary> _items;
+    PlistValue _title;
+};

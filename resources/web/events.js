@@ -1,0 +1,51 @@
+// What the events of one sync mean for the drawing: rows that slide in or out, blurs, the title's
+// fade, resprings, and errors to show.
+
+import { toast } from './messages.js';
+import { animateBlur, respring, showBlur } from './respring.js';
+
+/**
+ * Reads events in order into {insertedIds, removedIds, titleDuration, blurs}: the ids of rows
+ * inserted or removed with an animation, the duration of the title view's fade (0: none), and the
+ * blurs to draw once the top page is drawn. Resprings, the end of editing and errors happen at once.
+ */
+export function readEvents(events) {
+  const effects = { insertedIds: new Set(), removedIds: new Set(), titleDuration: 0, blurs: [] };
+  for (const event of events) {
+    switch (event.event) {
+      case 'insert':
+        if (event.animated) for (const id of event.ids || []) effects.insertedIds.add(id);
+        break;
+      case 'remove':
+        if (event.animated) for (const id of event.ids || []) effects.removedIds.add(id);
+        break;
+      case 'blur':
+        effects.blurs.push(() => showBlur(event.style, event.alpha));
+        break;
+      case 'animate':
+        if (event.view === 'blur') effects.blurs.push(() => animateBlur(event.alpha, event.duration));
+        else if (event.view === 'titleStack' || event.view === 'titleView') effects.titleDuration = event.duration || 0;
+        break;
+      case 'push':
+      case 'pop':
+        // A blur added before is on a page that is now covered or gone.
+        effects.blurs = [];
+        break;
+      case 'respring':
+        respring();
+        break;
+      case 'spawn':
+        if (typeof event.path === 'string' && event.path.endsWith('/sbreload')) respring();
+        break;
+      case 'endEditing':
+        if (document.activeElement && document.activeElement !== document.body) document.activeElement.blur();
+        break;
+      case 'error':
+        toast(event.message);
+        break;
+      default:
+        break;
+    }
+  }
+  return effects;
+}

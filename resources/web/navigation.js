@@ -1,0 +1,182 @@
+// The navigation stack: which page view is on top, the slide of a push or pop, and the navigation
+// bar (back button, title or title view, the page's bar button).
+
+import { rgba } from './colour.js';
+import { $, PUSH_ANIMATION } from './dom.js';
+import { act } from './api.js';
+import { PageView } from './page-view.js';
+import { dropForeignBlur } from './respring.js';
+import { screen } from './screen.js';
+import { closeSublist } from './sublist.js';
+
+/**
+ * Makes the view of page current, sliding it in or out as the stack of state says, and answers it
+ * (null when there is no page: every view is dropped).
+ */
+export function showPage(page, previous, state) {
+  if (!page) {
+    for (const view of screen.pages.values()) view.element.remove();
+    screen.pages.clear();
+    screen.stack = [];
+    return null;
+  }
+  const uid = page.uid;
+  const topUid = screen.stack[screen.stack.length - 1];
+  if (topUid === uid) return screen.pages.get(uid);
+
+  if (screen.sublist) closeSublist(true);
+  const oldView = topUid !== undefined ? screen.pages.get(topUid) : null;
+  const depth = state.stack.length;
+  const at = screen.stack.indexOf(uid);
+  let view;
+  let direction = 'none';
+  if (at >= 0 && depth === at + 1) {
+    // Back to a page still on the stack: the pages above it are gone.
+    for (const gone of screen.stack.splice(at + 1)) {
+      const goneView = screen.pages.get(gone);
+      screen.pages.delete(gone);
+      if (goneView && goneView !== oldView) goneView.element.remove();
+    }
+    view = screen.pages.get(uid);
+    direction = 'pop';
+    if (oldView) screen.pages.delete(topUid);
+  } else {
+    view = new PageView(uid);
+    if (previous && previous.page && depth === screen.stack.length + 1) {
+      direction = 'push';
+      screen.stack.push(uid);
+    } else {
+      // A new stack (the app launched afresh, or a browser that was away): drop every view.
+      for (const other of screen.pages.values()) if (other !== oldView) other.element.remove();
+      screen.pages.clear();
+      screen.stack = [uid];
+    }
+    screen.pages.set(uid, view);
+    $('#pages').append(view.element);
+  }
+  view.element.classList.remove('hidden');
+  dropForeignBlur();
+  for (const other of document.querySelectorAll('.page.current')) other.classList.remove('current');
+  view.element.classList.add('current');
+  transition(oldView, view, direction);
+  return view;
+}
+
+/** Slides newView in over oldView ('push'), oldView out over newView ('pop'), or swaps them ('none'). */
+function transition(oldView, newView, direction) {
+  const cleanupOld = () => {
+    if (!oldView) return;
+    if (direction === 'push') oldView.element.classList.add('hidden');
+    else oldView.element.remove();
+  };
+  if (!oldView || direction === 'none') {
+    cleanupOld();
+    return;
+  }
+  if (direction === 'push') {
+    newView.element.animate([{ transform: 'translateX(100%)' }, { transform: 'translateX(0)' }], PUSH_ANIMATION);
+    oldView.element.animate([{ transform: 'translateX(0)' }, { transform: 'translateX(-30%)' }], PUSH_ANIMATION).finished.then(cleanupOld, cleanupOld);
+  } else {
+    oldView.element.style.zIndex = '2';
+    newView.element.animate([{ transform: 'translateX(-30%)' }, { transform: 'translateX(0)' }], PUSH_ANIMATION);
+    oldView.element.animate([{ transform: 'translateX(0)' }, { transform: 'translateX(100%)' }], PUSH_ANIMATION).finished.then(cleanupOld, cleanupOld);
+  }
+}
+
+/**
+ * Draws the navigation bar for state; effects.titleDuration (seconds, 0: at once) is how long a
+ * change of the title view fades.
+ */
+export function renderNavigation(state, effects) {
+  const page = state.page;
+  const back = $('#nav-back');
+  const right = $('#nav-right');
+  const titleText = $('#nav-title-text');
+  const titleView = $('#title-view');
+  if (screen.sublist) {
+    back.hidden = false;
+    right.hidden = true;
+    titleText.hidden = false;
+    titleText.textContent = screen.sublist.title;
+    titleView.hidden = true;
+    setBackTitle(page && page.title);
+    return;
+  }
+  const stack = state.stack || [];
+  back.hidden = stack.length < 2;
+
+  if (page && page.rightButton) {
+    right.hidden = false;
+    right.textContent = page.rightButton.title;
+    // A button with its own two-line title ("Close\nSafari").
+    right.classList.toggle('two-line', page.rightButton.title.includes('\n'));
+    right.style.color = rgba(page.rightButton.tint, '');
+  } else {
+    right.hidden = true;
+  }
+
+  const tv = page && page.titleView;
+  if (tv) {
+    titleText.hidden = true;
+    titleView.hidden = false;
+    if (tv.image) {
+      const src = '/' + tv.image + '.png';
+      if ($('#title-view-image').getAttribute('src') !== src) $('#title-view-image').setAttribute('src', src);
+    }
+    $('#title-view-text').textContent = tv.text || '';
+    // Only a change moves the title view (a fade under way is not cut short by the next poll).
+    const look = `${tv.alpha}|${tv.translationY || 0}`;
+    if (titleView.dataset.look !== look) {
+      titleView.dataset.look = look;
+      const duration = effects.titleDuration;
+      titleView.style.transition = duration > 0 ? `opacity ${duration}s ease, transform ${duration}s ease` : 'none';
+      titleView.style.opacity = String(tv.alpha);
+      titleView.style.transform = `translateY(${tv.translationY || 0}px)`;
+    }
+  } else {
+    titleView.hidden = true;
+    titleText.hidden = false;
+    titleText.textContent = page ? page.title || '' : '';
+  }
+  if (stack.length >= 2) setBackTitle(stack[stack.length - 2].title);
+}
+
+const GAP = 8; // between the back button's text and the title, in points
+
+let measurer = null;
+
+/** The width the text takes in node's font. */
+function textWidth(node, text) {
+  measurer = measurer || document.createElement('canvas').getContext('2d');
+  const style = getComputedStyle(node);
+  measurer.font = `${style.fontWeight} ${style.fontSize} ${style.fontFamily}`;
+  return measurer.measureText(text).width;
+}
+
+/**
+ * The back button shows the previous page's title whenever it fits between the button's chevron
+ * and the centred title, else "Back", else the chevron alone, as UIKit does.
+ */
+function setBackTitle(title) {
+  const back = $('#nav-back');
+  const text = back.querySelector('.text');
+  const bar = $('#navigation').getBoundingClientRect();
+  const shown = ['#nav-title-text', '#title-view'].map($).find((node) => !node.hidden);
+  const titleBox = shown ? shown.getBoundingClientRect() : { width: 0 };
+  const titleWidth = shown === $('#nav-title-text') ? Math.min(textWidth(shown, shown.textContent), titleBox.width) : titleBox.width;
+  const titleLeft = bar.left + (bar.width - titleWidth) / 2;
+  text.textContent = '';
+  const room = titleLeft - GAP - text.getBoundingClientRect().left;
+  const fits = (candidate) => candidate && textWidth(text, candidate) <= room;
+  text.textContent = fits(title) ? title : fits('Back') ? 'Back' : '';
+  back.setAttribute('aria-label', `Back to ${title || 'the previous page'}`);
+}
+
+/** The back button (closing a list chooser first) and the page's bar button. */
+export function setupNavigation() {
+  $('#nav-back').addEventListener('click', () => {
+    if (screen.sublist) closeSublist(false);
+    else act('/api/back');
+  });
+  $('#nav-right').addEventListener('click', () => act('/api/button'));
+}

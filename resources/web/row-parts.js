@@ -1,0 +1,58 @@
+// Parts the row builders share: the label column, and a row's tap or new value sent to the session.
+
+import { act } from './api.js';
+import { el } from './dom.js';
+
+/** Adds the label column (title, and the subtitle under it) to node; answers its update(row). */
+export function labelColumn(node) {
+  const main = el('div', 'cell-main');
+  const label = el('div', 'cell-label');
+  const subtitle = el('div', 'cell-subtitle');
+  main.append(label, subtitle);
+  node.body.append(main);
+  return (row) => {
+    label.textContent = row.label || '';
+    subtitle.textContent = row.subtitle || '';
+  };
+}
+
+/** Taps node's row (nothing for a disabled row). */
+export function tapRow(node) {
+  const row = node.row;
+  if (!row || !row.enabled) return;
+  act('/api/tap', { index: row.index });
+}
+
+/** Sets node's row's key to value (nothing for a disabled row); resolves once the answer is drawn. */
+export function setValue(node, value) {
+  const row = node.row;
+  if (!row || !row.enabled) return Promise.resolve();
+  return act('/api/set', { key: row.properties.key, value });
+}
+
+/**
+ * The name a control of node's row is known by: the row's label, else the header of the group
+ * holding it, else fallback (never a preference key).
+ */
+export function controlName(node, fallback) {
+  return (node.row && node.row.label) || node.groupLabel || fallback;
+}
+
+/**
+ * A title line drawn above a control whose row has a label (as iOS draws a titled segment row);
+ * answers its update(row), which hides the line for a row without a label.
+ */
+export function controlTitle(node) {
+  const title = el('div', 'control-title cell-label');
+  node.body.classList.add('stacked');
+  node.body.prepend(title);
+  return (row) => {
+    title.textContent = row.label || '';
+    title.hidden = !row.label;
+  };
+}
+
+/** The text a row's value shows at the right of the cell ('' for none or a collection). */
+export function detailText(value) {
+  return value !== undefined && value !== null && typeof value !== 'object' ? String(value) : '';
+}

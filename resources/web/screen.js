@@ -1,0 +1,28 @@
+// What the browser shows now, shared by the modules that draw it. Exposed as window.nimbra for
+// people poking at the page from the console, and for the browser tests.
+
+export const screen = {
+  /** The number of the last event drawn (0 before the first answer). */
+  seq: 0,
+  /** The session's last state, null before the first answer or after a fresh start. */
+  state: null,
+  /** Page uid -> PageView, for the pages on the stack that have been drawn. */
+  pages: new Map(),
+  /** Page uids, bottom first. */
+  stack: [],
+  /** The list chooser of a PSLinkListCell row shown over the top page, or null. */
+  sublist: null,
+  /** The blur overlay on the top page, or null. */
+  blur: null,
+  /** Whether a respring is under way (the cover is shown). */
+  respringing: false,
+  /** How many resprings this page has shown. */
+  respringCount: 0,
+  /**
+   * Every row drawn sliding in or out because an event said so, oldest first:
+   * {page, id, seq, kind: 'enter'|'leave'}. Rows drawn without an animation are not listed.
+   */
+  animatedRows: [],
+};
+
+window.nimbra = screen;
