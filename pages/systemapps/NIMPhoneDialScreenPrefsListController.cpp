@@ -3,6 +3,9 @@
 //
 // The reload keys the number pad colour to the keypad style switch, not to its own switch; kept as
 // it is.
+//
+// The colourising switch re-applies the rules of its rows; each does nothing when its row is
+// already shown.
 
 #include "frame/NIMStockAppListController.h"
 #include "storage/NimbraDomains.h"
@@ -45,8 +48,9 @@ const PageDescription& NIMPhoneDialScreenPrefsListController::description()
             when("backgroundColorMode", Condition::notIn({1, 2})).named("fourBackgroundColors").editedBy("topLevelChild2")
                 .chain(kLaterBackgroundColors, "bgColorChild1").reloadRemovingWhen(Condition::in({1, 2})),
             when("enableCustomNumpadBGColor", Condition::on()).editedBy("topLevelChild4").chain({"numpadChild"}, "topLevelChild4")
-                .reloadReading("enableCustomKeypadStyle"),
-            when("enableCustomDialButtonBGColor", Condition::on()).editedBy("topLevelChild6").chain({"callChild"}, "topLevelChild6"),
+                .reloadReading("enableCustomKeypadStyle").guardedAlsoWhenNested(),
+            when("enableCustomDialButtonBGColor", Condition::on()).editedBy("topLevelChild6").chain({"callChild"}, "topLevelChild6")
+                .guardedAlsoWhenNested(),
         },
     };
     return page;

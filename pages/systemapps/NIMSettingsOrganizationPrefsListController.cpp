@@ -1,4 +1,7 @@
 // Settings > Organization: groups the Settings app's rows into tweaks, system apps and App Store apps.
+//
+// The master switch re-applies the rules of its options; each does nothing when its first row is
+// already shown.
 
 #include "frame/NIMStockAppListController.h"
 #include "frame/PageActions.h"
@@ -14,9 +17,12 @@ const PageDescription& NIMSettingsOrganizationPrefsListController::description()
         .rules = {
             when("organizeSettings", Condition::on()).editedBy("topLevelSwitch").chain(numbered("topLevelChild%d", 1, 12), "topLevelSwitch")
                 .nests({"organizeTweaks", "organizeSystemApps", "organizeAppStoreApps"}),
-            when("organizeTweaks", Condition::on()).editedBy("topLevelChild8").chain({"tweaksChild"}, "topLevelChild8"),
-            when("organizeSystemApps", Condition::on()).editedBy("topLevelChild10").chain({"systemAppsChild"}, "topLevelChild10"),
-            when("organizeAppStoreApps", Condition::on()).editedBy("topLevelChild12").chain({"appStoreAppsChild"}, "topLevelChild12"),
+            when("organizeTweaks", Condition::on()).editedBy("topLevelChild8").chain({"tweaksChild"}, "topLevelChild8")
+                .guardedAlsoWhenNested(),
+            when("organizeSystemApps", Condition::on()).editedBy("topLevelChild10").chain({"systemAppsChild"}, "topLevelChild10")
+                .guardedAlsoWhenNested(),
+            when("organizeAppStoreApps", Condition::on()).editedBy("topLevelChild12").chain({"appStoreAppsChild"}, "topLevelChild12")
+                .guardedAlsoWhenNested(),
         },
         .actions = {
             {"saveTextCell:", PageActions::saveTextCell()},

@@ -4,6 +4,9 @@
 //
 // Switching the group off removes every nested row, while the reload leaves the first- and
 // last-name rows to their own switches; kept as it is.
+//
+// The master switch re-applies the rules of its options; each does nothing when its first row is
+// already shown.
 
 #include "frame/NIMStockAppListController.h"
 #include "frame/PageActions.h"
@@ -24,13 +27,18 @@ const PageDescription& NIMSettingsRootPrefsListController::description()
                 .reloadHiding(numbered("topLevelChild%d", 1, 24) +
                               std::vector<std::string>{"titleChild1", "titleChild2", "searchBarChild", "iconsChild1", "iconsChild2",
                                                        "dragActionChild1", "dragActionChild2"}),
-            when("enableCustomTitle", Condition::on()).editedBy("topLevelChild8").chain({"titleChild1", "titleChild2"}, "topLevelChild8"),
-            when("hideSearchBar", Condition::off()).editedBy("topLevelChild10").chain({"searchBarChild"}, "topLevelChild10"),
+            when("enableCustomTitle", Condition::on()).editedBy("topLevelChild8").chain({"titleChild1", "titleChild2"}, "topLevelChild8")
+                .guardedAlsoWhenNested(),
+            when("hideSearchBar", Condition::off()).editedBy("topLevelChild10").chain({"searchBarChild"}, "topLevelChild10")
+                .guardedAlsoWhenNested(),
             when("enableCustomDragAction", Condition::on()).editedBy("topLevelChild12")
-                .chain({"dragActionChild1", "dragActionChild2"}, "topLevelChild12"),
-            when("enableCustomFirstName", Condition::on()).editedBy("topLevelChild14").chain({"firstNameChild"}, "topLevelChild14"),
-            when("enableCustomLastName", Condition::on()).editedBy("topLevelChild15").chain({"lastNameChild"}, "topLevelChild15"),
-            when("hideIcons", Condition::off()).editedBy("topLevelChild22").chain({"iconsChild1", "iconsChild2"}, "topLevelChild22"),
+                .chain({"dragActionChild1", "dragActionChild2"}, "topLevelChild12").guardedAlsoWhenNested(),
+            when("enableCustomFirstName", Condition::on()).editedBy("topLevelChild14").chain({"firstNameChild"}, "topLevelChild14")
+                .guardedAlsoWhenNested(),
+            when("enableCustomLastName", Condition::on()).editedBy("topLevelChild15").chain({"lastNameChild"}, "topLevelChild15")
+                .guardedAlsoWhenNested(),
+            when("hideIcons", Condition::off()).editedBy("topLevelChild22").chain({"iconsChild1", "iconsChild2"}, "topLevelChild22")
+                .guardedAlsoWhenNested(),
         },
         .actions = {
             {"saveTextCell:", PageActions::saveTextCell()},
