@@ -94,21 +94,31 @@ void Session::write(const std::string& domain, const std::string& key, const Pli
         throw CommandError("could not write " + domain);
 }
 
-void Session::tap(const std::string& id)
+std::size_t Session::shownIndex(const std::string& id) const
 {
-    auto page = requireTopPage();
     auto row = shownRow("id", id);
-    auto& rows = page->specifiers();
-    tapRow(static_cast<std::size_t>(std::find(rows.begin(), rows.end(), row) - rows.begin()));
+    auto& rows = requireTopPage()->specifiers();
+    return static_cast<std::size_t>(std::find(rows.begin(), rows.end(), row) - rows.begin());
 }
 
-void Session::tapRow(std::size_t index)
+std::shared_ptr<PSSpecifier> Session::rowAt(std::size_t index) const
 {
     auto page = requireTopPage();
     auto& rows = page->specifiers();
     if (index >= rows.size())
         throw CommandError(page->className() + " shows no row " + std::to_string(index));
-    auto row = rows[index];
+    return rows[index];
+}
+
+void Session::tap(const std::string& id)
+{
+    tapRow(shownIndex(id));
+}
+
+void Session::tapRow(std::size_t index)
+{
+    auto page = requireTopPage();
+    auto row = rowAt(index);
     std::string id = row->identifier().empty() ? std::to_string(index) : row->identifier();
     if (!row->isEnabled())
         throw CommandError("the row \"" + id + "\" is disabled");
@@ -199,18 +209,13 @@ void Session::image(const std::filesystem::path& path)
 
 void Session::removeImage(const std::string& id)
 {
-    auto row = shownRow("id", id);
-    auto& rows = requireTopPage()->specifiers();
-    removeImageAt(static_cast<std::size_t>(std::find(rows.begin(), rows.end(), row) - rows.begin()));
+    removeImageAt(shownIndex(id));
 }
 
 void Session::removeImageAt(std::size_t index)
 {
     auto page = requireTopPage();
-    auto& rows = page->specifiers();
-    if (index >= rows.size())
-        throw CommandError(page->className() + " shows no row " + std::to_string(index));
-    auto& row = rows[index];
+    auto row = rowAt(index);
     std::string id = "\"" + (row->identifier().empty() ? std::to_string(index) : row->identifier()) + "\"";
     auto picker = std::dynamic_pointer_cast<NimbraImagePicker>(page->cellForSpecifier(row));
     if (!picker)

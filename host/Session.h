@@ -89,6 +89,10 @@ private:
     void present(const std::shared_ptr<UIViewController>& controller);
     std::shared_ptr<PSListController> requireTopPage() const;
     std::shared_ptr<PSSpecifier> shownRow(const std::string& property, const std::string& value) const;
+    /// The index of the shown row whose "id" is id (throws as shownRow does).
+    std::size_t shownIndex(const std::string& id) const;
+    /// The top page's row at index; throws when there is none.
+    std::shared_ptr<PSSpecifier> rowAt(std::size_t index) const;
 
     std::unique_ptr<Process> _process;
     std::shared_ptr<UINavigationController> _navigation;

@@ -185,6 +185,7 @@ export function openColourEditor(row) {
     if (opacity) {
       if (except !== opacity) opacity.value = String(colour.a);
       opacityOut.textContent = `${Math.round(colour.a * 100)}%`;
+      opacity.style.setProperty('--fill', `${colour.a * 100}%`);
     }
   }
   selectTab(TABS.indexOf(lastTab));

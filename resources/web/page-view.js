@@ -208,6 +208,9 @@ function enter(node) {
 
 function leave(node) {
   node.classList.add('leaving');
+  // A row sliding out is gone for screen readers and the keyboard at once.
+  node.setAttribute('aria-hidden', 'true');
+  node.inert = true;
   const height = node.offsetHeight;
   const animation = node.animate(
     [{ height: `${height}px`, opacity: 1, overflow: 'hidden' }, { height: '0px', opacity: 0, overflow: 'hidden' }],

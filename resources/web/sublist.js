@@ -37,6 +37,16 @@ export function openSublist(row) {
     cells.push({ value, node, check });
   });
   if (p.staticTextMessage) table.append(el('div', 'item footer', p.staticTextMessage));
+  // The arrow keys move between the choices.
+  table.setAttribute('role', 'radiogroup');
+  table.setAttribute('aria-label', row.label || 'Choices');
+  table.addEventListener('keydown', (event) => {
+    const step = { ArrowDown: 1, ArrowRight: 1, ArrowUp: -1, ArrowLeft: -1 }[event.key];
+    const at = cells.findIndex((cell) => cell.node === document.activeElement);
+    if (!step || at < 0) return;
+    event.preventDefault();
+    cells[(at + step + cells.length) % cells.length].node.focus();
+  });
   const sublist = {
     row,
     title: row.label || '',

@@ -58,7 +58,15 @@ test('a list row chooses its value on a page of its own', async () => {
   await list.waitFor();
   assert.equal(await page.locator('#nav-title-text').textContent(), 'Color Picker');
   assert.equal(await page.locator('#nav-right').isVisible(), false);
-  await list.getByRole('radio', { name: 'libSparkColourPicker' }).click();
+  // The arrow keys move between the choices; Space chooses.
+  await list.getByRole('radio').first().focus();
+  await page.keyboard.press('ArrowDown');
+  assert.equal(await page.evaluate(() => document.activeElement.textContent), await list.getByRole('radio').nth(1).textContent());
+  await page.keyboard.press('ArrowUp');
+  await page.keyboard.press('ArrowUp');
+  assert.equal(await page.evaluate(() => document.activeElement.textContent), await list.getByRole('radio').last().textContent(), 'wraps round');
+  await list.getByRole('radio', { name: 'libSparkColourPicker' }).focus();
+  await page.keyboard.press('Space');
   await waitForState(server, (s) => rowOf(s, { key: 'selectedColorPicker' }).value === 2);
   await page.waitForFunction(() => document.querySelector('.sublist [aria-checked="true"]')?.textContent === 'libSparkColourPicker');
   await screenshot(page, 'list-choice');
