@@ -66,7 +66,8 @@ TEST(WriteFaults, EachCallOfTheWritePathFailsInTurn)
     Faults faults;
 
     // A clean write, to know the calls: after the rename the new file is in place but not yet durable.
-    ASSERT_TRUE(preferences->setObject(PlistValue("old"), "k"));
+    // (The recorded write changes the value: a value already stored is not written again.)
+    ASSERT_TRUE(preferences->setObject(PlistValue("older"), "k"));
     ASSERT_TRUE(preferences->setObject(PlistValue(1), "a"));
     ASSERT_TRUE(preferences->setObject(PlistValue("two"), "b"));
     faults.failCall(0, 0);
