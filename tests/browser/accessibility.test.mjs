@@ -14,6 +14,13 @@ useBrowser({ relaunch: true });
 // axe-core runs as a script the page's Content-Security-Policy would refuse: its contexts bypass it.
 const axePath = createRequire(import.meta.url).resolve('axe-core/axe.min.js');
 
+/** A fresh tab once it has drawn its address (the root page), so pages pushed next stay on top. */
+async function openTab() {
+  const tab = await openApp(browser, server, { phone: true, bypassCSP: true });
+  await tab.locator('.page.current[data-page="NIMRootListController"]').waitFor();
+  return tab;
+}
+
 /** The serious and critical violations axe-core finds in the page as it is. */
 async function violations(page) {
   await page.addScriptTag({ path: axePath });
@@ -39,7 +46,7 @@ test('axe-core finds no serious or critical violation on the root page and a pag
   const found = {};
   for (const [page, setting] of PAGES) {
     // The tab opens on its address (the root page); the page is then pushed in it.
-    const tab = await openApp(browser, server, { phone: true, bypassCSP: true });
+    const tab = await openTab();
     await server.api('POST', '/api/open', { class: page });
     if (setting) await server.api('POST', '/api/set', setting);
     await tab.locator(`.page.current[data-page="${page}"]`).waitFor();
@@ -49,7 +56,7 @@ test('axe-core finds no serious or critical violation on the root page and a pag
     await tab.context().close();
   }
   // An alert, a sheet and the app picker over a page.
-  const tab = await openApp(browser, server, { phone: true, bypassCSP: true });
+  const tab = await openTab();
   await server.api('POST', '/api/open', { class: 'NIMNimbraSettingsPrefsListController' });
   await tab.locator('.page.current[data-page="NIMNimbraSettingsPrefsListController"]').waitFor();
   await current(tab).getByRole('button', { name: 'Reset All Colors' }).click();
