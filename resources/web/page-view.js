@@ -117,6 +117,18 @@ export class PageView {
     bar.append(input);
     this.element.prepend(bar);
     this.search = input;
+    // The arrow keys move between the apps shown, and from the search field into the list.
+    this.element.addEventListener('keydown', (event) => {
+      const step = { ArrowDown: 1, ArrowUp: -1 }[event.key];
+      if (!step) return;
+      const apps = [...this.table.children].filter((node) => node.classList.contains('cell') && !node.classList.contains('filtered-out') && !node.classList.contains('leaving'));
+      const at = apps.indexOf(document.activeElement);
+      if (!apps.length || (at < 0 && document.activeElement !== input)) return;
+      event.preventDefault();
+      if (at < 0) apps[step > 0 ? 0 : apps.length - 1].focus();
+      else if (at + step < 0) input.focus();
+      else apps[Math.min(at + step, apps.length - 1)].focus();
+    });
   }
 
   /**

@@ -61,6 +61,8 @@ test('the colour editor: tabs, opacity, a validated hex field, original beside c
     assert.equal(await done.isDisabled(), true, bad);
     assert.match(await editor.getByRole('alert').textContent(), /hexadecimal digits/, bad);
   }
+  const ring = await hex.evaluate((node) => (document.activeElement === node ? getComputedStyle(node).boxShadow : 'not focused'));
+  assert.match(ring, /rgb\(255, (59, 48|69, 58)\)/, 'the field being typed in keeps its red ring');
   await screenshot(page, 'colour-editor-invalid');
   await done.click({ force: true });
   assert.equal(await editor.isVisible(), true, 'a disabled Done does nothing');

@@ -45,6 +45,20 @@ test('an app is picked from the app list, found by name or bundle identifier', a
     assert.equal(await current(page).getByText('No Results', { exact: true }).isVisible(), false);
     assert.equal(await visible.count(), state.page.rows.filter((row) => row.properties.bundleIdentifier).length);
 
+    // The keyboard: from the search field down into the apps shown, and back up.
+    await search.fill('a');
+    const shown = await visible.locator('.cell-label').allTextContents();
+    assert.ok(shown.length >= 2, 'several apps match');
+    const focused = () => page.evaluate(() => document.activeElement.querySelector('.cell-label')?.textContent ?? document.activeElement.tagName);
+    await search.press('ArrowDown');
+    assert.equal(await focused(), shown[0]);
+    await page.keyboard.press('ArrowDown');
+    assert.equal(await focused(), shown[1]);
+    await page.keyboard.press('ArrowUp');
+    await page.keyboard.press('ArrowUp');
+    assert.equal(await focused(), 'INPUT', 'up from the first app returns to the search field');
+    await search.fill('');
+
     await search.fill('Safari');
     await current(page).getByRole('button', { name: 'Safari' }).click();
     const picked = await waitForState(server, (s) => rowOf(s, { id: 'com.apple.mobilesafari' })?.value === true);
