@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
-# Builds the libFuzzer targets of fuzz/ with clang into build-fuzz/ and runs each for SECONDS
+# Builds the libFuzzer targets of fuzz/ with clang into build-sanitize/ and runs each for SECONDS
 # (default 60), starting from the seed corpus in fuzz/corpus/TARGET; what the fuzzer finds new is
-# kept in build-fuzz/corpus/TARGET, a crash or hang in build-fuzz/findings/. Exits non-zero on a
-# finding. Targets may be named after SECONDS (default: all four).
+# kept in build-sanitize/corpus/TARGET, a crash, leak or hang in build-sanitize/findings/. Exits
+# non-zero on a finding. Targets may be named after SECONDS (default: all four).
 #   bash scripts/fuzz.sh 60                        # as CI runs them
 #   bash scripts/fuzz.sh 14400 ScriptLineFuzzer    # four hours of one target
 set -euo pipefail
@@ -12,21 +12,18 @@ shift || true
 targets=("$@")
 ((${#targets[@]})) || targets=(PreferenceFileFuzzer PageDefinitionFuzzer ScriptLineFuzzer ApiRequestFuzzer)
 
-CC=clang CXX=clang++ cmake -S . -B build-fuzz -DCMAKE_BUILD_TYPE=RelWithDebInfo -DNIMBRA_FUZZ=ON \
-  -DNIMBRA_TESTS=OFF -DNIMBRA_BENCHMARKS=OFF >/dev/null
-cmake --build build-fuzz -j"$(nproc)" --target "${targets[@]}"
+bash scripts/sanitize-build.sh "${targets[@]}"
 
-# Leak detection stays off until the reference cycles between pages and their rows are gone.
-export ASAN_OPTIONS=detect_leaks=0:allocator_may_return_null=1
+export ASAN_OPTIONS=detect_leaks=1:allocator_may_return_null=1
 export UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1
 status=0
 for target in "${targets[@]}"; do
-  mkdir -p "build-fuzz/corpus/$target" "build-fuzz/findings/$target"
-  log="build-fuzz/$target.log"
-  if ! build-fuzz/fuzz/"$target" -max_total_time="$seconds" -timeout=20 -rss_limit_mb=2560 -max_len=65536 \
-      -print_final_stats=1 -artifact_prefix="build-fuzz/findings/$target/" \
-      "build-fuzz/corpus/$target" "fuzz/corpus/$target" >"$log" 2>&1; then
-    echo "fuzz: $target found a problem (see $log and build-fuzz/findings/$target/)"
+  mkdir -p "build-sanitize/corpus/$target" "build-sanitize/findings/$target"
+  log="build-sanitize/$target.log"
+  if ! build-sanitize/fuzz/"$target" -max_total_time="$seconds" -timeout=20 -rss_limit_mb=2560 -max_len=65536 \
+      -print_final_stats=1 -artifact_prefix="build-sanitize/findings/$target/" \
+      "build-sanitize/corpus/$target" "fuzz/corpus/$target" >"$log" 2>&1; then
+    echo "fuzz: $target found a problem (see $log and build-sanitize/findings/$target/)"
     tail -n 40 "$log"
     status=1
   fi

@@ -87,7 +87,8 @@ TEST(Search, AHiddenRowSaysWhatShowsItInThePagesOwnWords)
     EXPECT_EQ((*position)["id"], "percentageChild1");
     EXPECT_EQ((*position)["shownWhen"], "appears when Show Percentage is on");
     // The governing switch itself is always shown.
-    const nlohmann::json* parent = findResult(search({"show", "percentage"}), "NIMControlCenterSlidersPrefsListController", "Show Percentage");
+    auto parents = search({"show", "percentage"});
+    const nlohmann::json* parent = findResult(parents, "NIMControlCenterSlidersPrefsListController", "Show Percentage");
     ASSERT_TRUE(parent);
     EXPECT_TRUE((*parent)["shownWhen"].is_null());
 }

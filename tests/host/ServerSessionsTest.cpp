@@ -64,14 +64,15 @@ TEST(ServerSessions, TabsHaveTheirOwnStacksOverOneRoot)
     ASSERT_EQ(a.post("/api/back").first, 200);
     ASSERT_EQ(a.post("/api/set", {{"key", "nimbraEnabled"}, {"value", true}}).first, 200);
     ASSERT_EQ(b.post("/api/reload").first, 200);
-    for (auto& row : b.get("/api/state").second["page"]["rows"]) {
+    Json stateOfB = b.get("/api/state").second;  // kept: the loop walks into it
+    for (auto& row : stateOfB["page"]["rows"]) {
         if (row["properties"].value("key", "") == "nimbraEnabled") {
             EXPECT_EQ(row["value"], true);
         }
     }
 
     EXPECT_EQ(a.post("/api/session", {{"id", "short"}}).first, 400);
-    EXPECT_EQ(Tab(server, "bad id!").get("/api/state").first, 400);
+    EXPECT_EQ((Tab{server, "bad id!"}.get("/api/state").first), 400);
 }
 
 TEST(ServerSessions, TheLeastRecentlyUsedSessionIsDroppedAndThenRefused)
@@ -94,7 +95,7 @@ TEST(ServerSessions, TheLeastRecentlyUsedSessionIsDroppedAndThenRefused)
     EXPECT_EQ(status, 410);
     EXPECT_EQ(refused["session"], "unknown");
     EXPECT_NE(refused["error"].get<std::string>().find("session has ended"), std::string::npos);
-    EXPECT_EQ(Tab(server, "tab-never-was").get("/api/events?since=0").first, 410);
+    EXPECT_EQ((Tab{server, "tab-never-was"}.get("/api/events?since=0").first), 410);
     // Starting it again gives a fresh session on the root page.
     auto [again, fresh] = second.post("/api/session", {{"id", second.id}});
     EXPECT_EQ(again, 200);

@@ -237,7 +237,8 @@ TEST(VersionGates, MediaSizeRowsAreGreyedOutFromIOS15)
         s.store(kControlCenter, "customMediaModuleSizeEnabled", PlistValue(true));
         s.open("NIMControlCenterMediaModulePrefsListController");
         bool greyed = version >= 1770.106;
-        for (auto& row : s->rows()["rows"]) {
+        auto shown = s->rows();  // kept: the loop walks into it
+        for (auto& row : shown["rows"]) {
             std::string id = row["properties"].value("id", "");
             if (id == "mediaSizeParent" || id == "mediaSizeChild") {
                 EXPECT_EQ(row["enabled"], !greyed) << id << " at " << version;
