@@ -173,7 +173,29 @@ private:
                 wording(describe(i) + " is a control without a label");
             if (!label.empty() && !sectionLabels.insert(label).second)
                 wording(describe(i) + " reads \"" + label + "\" like another row of its section");
+            if (cell != "PSStaticTextCell" && !isTitleCase(label))
+                wording(describe(i) + " is labelled \"" + label + "\", not in title case");
         }
+    }
+
+    /// Row labels are written as the Settings app writes them: every word of four letters or more
+    /// starts with a capital ("Hide With Keyboard", "Show in Apps"); a word such as "iPhone" keeps
+    /// its own spelling. Free text rows (credits, notes) are exempt.
+    static bool isTitleCase(const std::string& label)
+    {
+        std::size_t start = 0;
+        while (start < label.size()) {
+            while (start < label.size() && !std::isalpha(static_cast<unsigned char>(label[start])))
+                ++start;
+            std::size_t end = start;
+            while (end < label.size() && std::isalpha(static_cast<unsigned char>(label[end])))
+                ++end;
+            bool ownSpelling = end - start > 1 && label[start] == 'i' && std::isupper(static_cast<unsigned char>(label[start + 1]));
+            if (end - start >= 4 && std::islower(static_cast<unsigned char>(label[start])) && !ownSpelling)
+                return false;
+            start = end;
+        }
+        return true;
     }
 
     static bool isControl(const std::string& cell)

@@ -15,7 +15,7 @@
 //     that is not empty for each value; a slider has a range and its default lies inside it;
 //     every control (switch, segment, slider, text field, list) has a label, or, for a slider or
 //     segment that opens its section, a titled section header; no two rows of one section share a
-//     label; no label, footer, subtitle, placeholder or value title shows one of the page's
+//     label; row labels are in title case; no label, footer, subtitle, placeholder or value title shows one of the page's
 //     preference keys or row ids, or the name of a value type ("bool", "int", "plist", ...).
 //
 // Links to page controllers that are not registered yet are reported as pending, and wording

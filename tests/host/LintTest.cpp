@@ -111,6 +111,7 @@ TEST(Lint, StrictlyAUserMustBeAbleToReadEveryRow)
         change(items, "topLevelChild17", "default", PlistValue(1.5));
         change(items, "topLevelChild14", "footerText", PlistValue("Turn hideRecordingIndicator on to hide the dot."));
         change(items, "topLevelChild19", "subtitle", PlistValue("A bool: YES locks the device."));
+        change(items, "topLevelChild4", "label", PlistValue("Hide in control center"));
     });
     auto strict = lint(resources.path());
     EXPECT_EQ(strict.status, 1);
@@ -121,7 +122,8 @@ TEST(Lint, StrictlyAUserMustBeAbleToReadEveryRow)
                                        page + "row \"topLevelChild13\" has a value without a title",
                                        page + "row \"topLevelChild17\" defaults to a value outside its range",
                                        page + "row \"topLevelChild14\" shows the developer word \"hideRecordingIndicator\" in its footer",
-                                       page + "row \"topLevelChild19\" shows the developer word \"bool\" in its subtitle"})
+                                       page + "row \"topLevelChild19\" shows the developer word \"bool\" in its subtitle",
+                                       page + "row \"topLevelChild4\" is labelled \"Hide in control center\", not in title case"})
         EXPECT_NE(strict.output.find(message), std::string::npos) << message << "\n" << strict.output;
-    EXPECT_NE(strict.output.find(", 7 problems"), std::string::npos) << strict.output;
+    EXPECT_NE(strict.output.find(", 8 problems"), std::string::npos) << strict.output;
 }
