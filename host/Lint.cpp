@@ -10,6 +10,7 @@
 #include <stdlib.h>
 
 #include <algorithm>
+#include <cctype>
 #include <map>
 #include <set>
 
@@ -142,23 +143,28 @@ private:
         }
     }
 
-    /// What a user reads: every choice row shows one of its values when its key is absent, every
-    /// control has a title, and no two rows of a section read alike. Problems under `strict`,
-    /// advice otherwise.
+    /// What a user reads: every choice row shows one of its values when its key is absent and has
+    /// a title for each value, every slider starts inside its range, every control has a title, no
+    /// two rows of a section read alike, and no text shows a preference key, a row id or a type
+    /// name. Problems under `strict`, advice otherwise.
     void checkWording()
     {
+        auto developerWords = identifiers();
         std::set<std::string> sectionLabels;
         const PlistValue* header = nullptr;
         for (std::size_t i = 0; i < _items.size(); ++i) {
             const PlistValue& item = _items[i];
             const std::string& cell = item["cell"].stringValue();
+            checkText(i, developerWords);
             if (cell == "PSGroupCell") {
                 sectionLabels.clear();
                 header = &item;
                 continue;
             }
             if (cell == "PSSegmentCell" || cell == "PSLinkListCell")
-                checkDefaultIsAValue(i);
+                checkChoices(i);
+            if (cell == "PSSliderCell")
+                checkSliderRange(i);
             const std::string& label = item["label"].stringValue();
             // A slider or a segment that opens its section is titled by the section's header.
             bool titledByHeader = (cell == "PSSliderCell" || cell == "PSSegmentCell") && i > 0 && header == &_items[i - 1] &&
@@ -167,7 +173,29 @@ private:
                 wording(describe(i) + " is a control without a label");
             if (!label.empty() && !sectionLabels.insert(label).second)
                 wording(describe(i) + " reads \"" + label + "\" like another row of its section");
+            if (cell != "PSStaticTextCell" && !isTitleCase(label))
+                wording(describe(i) + " is labelled \"" + label + "\", not in title case");
         }
+    }
+
+    /// Row labels are written as the Settings app writes them: every word of four letters or more
+    /// starts with a capital ("Hide With Keyboard", "Show in Apps"); a word such as "iPhone" keeps
+    /// its own spelling. Free text rows (credits, notes) are exempt.
+    static bool isTitleCase(const std::string& label)
+    {
+        std::size_t start = 0;
+        while (start < label.size()) {
+            while (start < label.size() && !std::isalpha(static_cast<unsigned char>(label[start])))
+                ++start;
+            std::size_t end = start;
+            while (end < label.size() && std::isalpha(static_cast<unsigned char>(label[end])))
+                ++end;
+            bool ownSpelling = end - start > 1 && label[start] == 'i' && std::isupper(static_cast<unsigned char>(label[start + 1]));
+            if (end - start >= 4 && std::islower(static_cast<unsigned char>(label[start])) && !ownSpelling)
+                return false;
+            start = end;
+        }
+        return true;
     }
 
     static bool isControl(const std::string& cell)
@@ -176,18 +204,82 @@ private:
                cell == "PSLinkListCell";
     }
 
-    void checkDefaultIsAValue(std::size_t i)
+    /// A choice row without a default ticks nothing until the user chooses, which is allowed; one
+    /// with a default must offer it. Every value needs a title that is not empty.
+    void checkChoices(std::size_t i)
     {
         const PlistValue& item = _items[i];
         const PlistValue& fallback = item["default"];
-        if (fallback.isNil())
-            return;
         const PlistArray& list = item["validValues"].arrayValue();
-        if (std::find(list.begin(), list.end(), fallback) == list.end())
+        if (!fallback.isNil() && std::find(list.begin(), list.end(), fallback) == list.end())
             wording(describe(i) + " defaults to a value it does not offer");
-        if (item["validTitles"].kind() == PlistValue::Kind::Array && item["validTitles"].arrayValue().size() != list.size())
-            wording(describe(i) + " has " + std::to_string(list.size()) + " values but " +
-                    std::to_string(item["validTitles"].arrayValue().size()) + " titles");
+        const PlistArray& titles = item["validTitles"].arrayValue();
+        if (titles.size() != list.size())
+            wording(describe(i) + " has " + std::to_string(list.size()) + " values but " + std::to_string(titles.size()) +
+                    " titles");
+        else if (std::any_of(titles.begin(), titles.end(), [](const PlistValue& title) { return title.stringValue().empty(); }))
+            wording(describe(i) + " has a value without a title");
+    }
+
+    /// A slider needs a range that is not empty and a default inside it; a row without a default
+    /// shows the range's minimum.
+    void checkSliderRange(std::size_t i)
+    {
+        const PlistValue& item = _items[i];
+        const PlistValue& min = item["min"];
+        const PlistValue& max = item["max"];
+        if (!min.isNumber() || !max.isNumber() || min.doubleValue() >= max.doubleValue()) {
+            wording(describe(i) + " is a slider without a range");
+            return;
+        }
+        const PlistValue& fallback = item["default"];
+        if (fallback.isNumber() && (fallback.doubleValue() < min.doubleValue() || fallback.doubleValue() > max.doubleValue()))
+            wording(describe(i) + " defaults to a value outside its range");
+    }
+
+    /// The words only a developer knows: the page's own preference keys and row ids, where they
+    /// are written as identifiers (a capital or a digit after the first letter, so that a key
+    /// such as "style" may still be written as a word), and the names of value types.
+    std::set<std::string> identifiers() const
+    {
+        std::set<std::string> words{"bool", "BOOL", "boolean", "int", "integer", "plist", "nil", "null", "NULL", "YES", "NO"};
+        auto looksLikeAnIdentifier = [](const std::string& word) {
+            return std::any_of(word.begin() + 1, word.end(), [](char c) { return std::isupper(static_cast<unsigned char>(c)) || std::isdigit(static_cast<unsigned char>(c)); });
+        };
+        for (auto& item : _items)
+            for (const char* property : {"key", "id"}) {
+                const std::string& word = item[property].stringValue();
+                if (word.size() > 1 && std::islower(static_cast<unsigned char>(word[0])) && looksLikeAnIdentifier(word))
+                    words.insert(word);
+            }
+        return words;
+    }
+
+    void checkText(std::size_t i, const std::set<std::string>& developerWords)
+    {
+        const PlistValue& item = _items[i];
+        std::vector<std::pair<std::string, const std::string*>> texts;
+        for (auto [property, where] : {std::pair{"label", "label"}, {"footerText", "footer"}, {"subtitle", "subtitle"}, {"placeholder", "placeholder"}})
+            texts.emplace_back(where, &item[property].stringValue());
+        for (auto& title : item["validTitles"].arrayValue())
+            texts.emplace_back("value title", &title.stringValue());
+        auto isWordChar = [](char c) { return std::isalnum(static_cast<unsigned char>(c)) || c == '_'; };
+        for (auto& [where, text] : texts) {
+            std::size_t start = 0;
+            while (start < text->size()) {
+                while (start < text->size() && !isWordChar((*text)[start]))
+                    ++start;
+                std::size_t end = start;
+                while (end < text->size() && isWordChar((*text)[end]))
+                    ++end;
+                std::string word = text->substr(start, end - start);
+                if (!word.empty() && developerWords.contains(word)) {
+                    wording(describe(i) + " shows the developer word \"" + word + "\" in its " + where);
+                    break;
+                }
+                start = end;
+            }
+        }
     }
 
     void wording(const std::string& message)

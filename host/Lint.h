@@ -12,9 +12,11 @@
 //   - every cell and detail class is a registered class, every link opens a page controller, and
 //     every button's action is answered by its target;
 //   - what a user reads: a segment or list row's default is one of its values and it has a title
-//     for each value; every control (switch, segment, slider, text field, list) has a label, or,
-//     for a slider or segment that opens its section, a titled section header; no two rows of one
-//     section share a label.
+//     that is not empty for each value; a slider has a range and its default lies inside it;
+//     every control (switch, segment, slider, text field, list) has a label, or, for a slider or
+//     segment that opens its section, a titled section header; no two rows of one section share a
+//     label; row labels are in title case; no label, footer, subtitle, placeholder or value title shows one of the page's
+//     preference keys or row ids, or the name of a value type ("bool", "int", "plist", ...).
 //
 // Links to page controllers that are not registered yet are reported as pending, and wording
 // findings as advice; with `strict` both count as problems.

@@ -107,13 +107,23 @@ TEST(Lint, StrictlyAUserMustBeAbleToReadEveryRow)
         change(items, "topLevelChild12", "default", PlistValue(2));
         change(items, "topLevelChild13", "label", PlistValue());
         change(items, "topLevelChild3", "label", PlistValue("Hide on Home Screen"));
+        change(items, "topLevelChild13", "validTitles", PlistValue(PlistArray{PlistValue("Bars"), PlistValue("")}));
+        change(items, "topLevelChild17", "default", PlistValue(1.5));
+        change(items, "topLevelChild14", "footerText", PlistValue("Turn hideRecordingIndicator on to hide the dot."));
+        change(items, "topLevelChild19", "subtitle", PlistValue("A bool: YES locks the device."));
+        change(items, "topLevelChild4", "label", PlistValue("Hide in control center"));
     });
     auto strict = lint(resources.path());
     EXPECT_EQ(strict.status, 1);
     const std::string page = "NIMStatusBarRootPrefsListController (pages/SpringBoard/StatusBarRoot): ";
     for (const std::string& message : {page + "row \"topLevelChild12\" defaults to a value it does not offer",
                                        page + "row \"topLevelChild13\" is a control without a label",
-                                       page + "row \"topLevelChild3\" reads \"Hide on Home Screen\" like another row of its section"})
+                                       page + "row \"topLevelChild3\" reads \"Hide on Home Screen\" like another row of its section",
+                                       page + "row \"topLevelChild13\" has a value without a title",
+                                       page + "row \"topLevelChild17\" defaults to a value outside its range",
+                                       page + "row \"topLevelChild14\" shows the developer word \"hideRecordingIndicator\" in its footer",
+                                       page + "row \"topLevelChild19\" shows the developer word \"bool\" in its subtitle",
+                                       page + "row \"topLevelChild4\" is labelled \"Hide in control center\", not in title case"})
         EXPECT_NE(strict.output.find(message), std::string::npos) << message << "\n" << strict.output;
-    EXPECT_NE(strict.output.find(", 3 problems"), std::string::npos) << strict.output;
+    EXPECT_NE(strict.output.find(", 8 problems"), std::string::npos) << strict.output;
 }
