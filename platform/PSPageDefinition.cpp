@@ -1,6 +1,7 @@
 #include "platform/PSPageDefinition.h"
 
 #include "platform/NSFileManager.h"
+#include "platform/ObjCRuntime.h"
 #include "platform/Process.h"
 #include "platform/PropertyListSerialization.h"
 
@@ -55,12 +56,48 @@ PSPageDefinition::Loaded parse(const std::filesystem::path& path, const std::str
     return {std::make_shared<PSPageDefinition>(std::move(rows), title.isString() ? title : PlistValue()), {}};
 }
 
+/// Whether a definition's property names a class by its name.
+bool namesClass(const std::string& key, const PlistValue& value)
+{
+    return (key == "cellClass" || key == "detail") && value.isString();
+}
+
 }  // namespace
 
 PSPageDefinition::PSPageDefinition(std::vector<PlistDictionary> items, PlistValue title)
-    : _items(std::move(items))
-    , _title(std::move(title))
+    : _title(std::move(title))
+    , _resolved(items.size())
 {
+    _items.reserve(items.size());
+    for (auto& item : items)
+        _items.push_back(std::make_shared<const PlistDictionary>(std::move(item)));
+}
+
+std::shared_ptr<const PlistDictionary> PSPageDefinition::resolvedItem(std::size_t index) const
+{
+    const PlistDictionary& item = *_items[index];
+    std::vector<const ObjCClass*> classes;
+    for (auto& [key, value] : item)
+        if (namesClass(key, value))
+            classes.push_back(NSClassFromString(value.stringValue()));
+    if (classes.empty())
+        return _items[index];
+    std::lock_guard lock(_resolving);
+    Resolution& resolution = _resolved[index];
+    if (!resolution.properties || resolution.classes != classes) {
+        auto properties = std::make_shared<PlistDictionary>(item);
+        auto cls = classes.begin();
+        for (auto& [key, value] : item)
+            if (namesClass(key, value)) {
+                if (*cls)
+                    (*properties)[key] = PlistValue(*cls);
+                else
+                    properties->erase(key);
+                ++cls;
+            }
+        resolution = {std::move(classes), std::move(properties)};
+    }
+    return resolution.properties;
 }
 
 PSPageDefinition::Loaded PSPageDefinition::named(std::string_view name)

@@ -40,6 +40,10 @@ std::string_view PSCellTypeName(PSCellType type);
 class PSSpecifier : public NSObject {
 public:
     explicit PSSpecifier(std::string name = {}, PSCellType cellType = PSCellType::StaticText);
+    /// A row whose properties start as the given dictionary, shared rather than copied: rows made
+    /// from one parsed definition share its immutable dictionaries until one of them sets a
+    /// property, which gives that row its own copy. A null dictionary is an empty one.
+    PSSpecifier(std::string name, PSCellType cellType, std::shared_ptr<const PlistDictionary> properties);
 
     /// preferenceSpecifierNamed:target:set:get:detail:cell:edit: with the standard setter
     /// (setPreferenceValue:specifier:) and getter (readPreferenceValue:), no detail and no edit pane.
@@ -50,9 +54,11 @@ public:
 
     /// The value of one property, or nil.
     const PlistValue& propertyForKey(std::string_view key) const;
-    /// Sets a property; nil removes it.
+    /// Sets a property; nil removes it. A row sharing its dictionary copies it first, so other
+    /// rows never see the change.
     void setProperty(PlistValue value, std::string_view key);
-    const PlistDictionary& properties() const { return _properties; }
+    /// Every property, by key (empty for a row that has none).
+    const PlistDictionary& properties() const;
 
     std::shared_ptr<NSObject> target() const { return _target.lock(); }
     void setTarget(std::weak_ptr<NSObject> target) { _target = std::move(target); }
@@ -80,7 +86,14 @@ public:
 private:
     std::string _name;
     PSCellType _cellType;
-    PlistDictionary _properties;
+    /// Writable (own copy) only when _ownsProperties; otherwise shared with other rows.
+    PlistDictionary& ownProperties();
+
+    std::shared_ptr<const PlistDictionary> _properties;
+    bool _ownsProperties = false;
+    /// The shared dictionary a row copied from, kept so that values read from it before the copy
+    /// stay valid for the row's life.
+    std::shared_ptr<const PlistDictionary> _copiedFrom;
     std::weak_ptr<NSObject> _target;
     std::string _detailClassName;
 };
