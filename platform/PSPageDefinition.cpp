@@ -69,32 +69,34 @@ PSPageDefinition::PSPageDefinition(std::vector<PlistDictionary> items, PlistValu
     , _resolved(items.size())
 {
     _items.reserve(items.size());
-    for (auto& item : items)
-        _items.push_back(std::make_shared<const PlistDictionary>(std::move(item)));
+    _classNames.resize(items.size());
+    for (std::size_t i = 0; i < items.size(); ++i) {
+        for (auto& [key, value] : items[i])
+            if (namesClass(key, value))
+                _classNames[i].emplace_back(key, value.stringValue());
+        _items.push_back(std::make_shared<const PlistDictionary>(std::move(items[i])));
+    }
 }
 
 std::shared_ptr<const PlistDictionary> PSPageDefinition::resolvedItem(std::size_t index) const
 {
-    const PlistDictionary& item = *_items[index];
-    std::vector<const ObjCClass*> classes;
-    for (auto& [key, value] : item)
-        if (namesClass(key, value))
-            classes.push_back(NSClassFromString(value.stringValue()));
-    if (classes.empty())
+    const auto& names = _classNames[index];
+    if (names.empty())
         return _items[index];
+    std::vector<const ObjCClass*> classes;
+    classes.reserve(names.size());
+    for (auto& [key, name] : names)
+        classes.push_back(NSClassFromString(name));
     std::lock_guard lock(_resolving);
     Resolution& resolution = _resolved[index];
     if (!resolution.properties || resolution.classes != classes) {
-        auto properties = std::make_shared<PlistDictionary>(item);
-        auto cls = classes.begin();
-        for (auto& [key, value] : item)
-            if (namesClass(key, value)) {
-                if (*cls)
-                    (*properties)[key] = PlistValue(*cls);
-                else
-                    properties->erase(key);
-                ++cls;
-            }
+        auto properties = std::make_shared<PlistDictionary>(*_items[index]);
+        for (std::size_t i = 0; i < names.size(); ++i) {
+            if (classes[i])
+                (*properties)[names[i].first] = PlistValue(classes[i]);
+            else
+                properties->erase(names[i].first);
+        }
         resolution = {std::move(classes), std::move(properties)};
     }
     return resolution.properties;

@@ -11,6 +11,7 @@
 #include <mutex>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 class PSPageDefinition {
@@ -49,6 +50,8 @@ private:
     };
 
     std::vector<std::shared_ptr<const PlistDictionary>> _items;
+    /// Per row, its class-naming keys and the names they give, in key order.
+    std::vector<std::vector<std::pair<std::string, std::string>>> _classNames;
     PlistValue _title;
     mutable std::mutex _resolving;
     mutable std::vector<Resolution> _resolved;
