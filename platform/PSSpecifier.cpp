@@ -83,6 +83,17 @@ std::shared_ptr<PSSpecifier> PSSpecifier::groupSpecifierWithName(std::string nam
     return specifier;
 }
 
+PSSpecifier::PSSpecifier(const PSSpecifier& other)
+    : NSObject(other)
+    , _name(other._name)
+    , _cellType(other._cellType)
+    , _properties(other._ownsProperties ? std::make_shared<PlistDictionary>(*other._properties) : other._properties)
+    , _ownsProperties(other._ownsProperties)
+    , _target(other._target)
+    , _detailClassName(other._detailClassName)
+{
+}
+
 const PlistDictionary& PSSpecifier::properties() const
 {
     static const PlistDictionary none;
@@ -108,8 +119,24 @@ PlistDictionary& PSSpecifier::ownProperties()
     return const_cast<PlistDictionary&>(*_properties);
 }
 
+const std::string& PSSpecifier::identifier() const
+{
+    if (!_identifier)
+        _identifier = &propertyForKey("id").stringValue();
+    return *_identifier;
+}
+
+const std::string& PSSpecifier::key() const
+{
+    if (!_key)
+        _key = &propertyForKey("key").stringValue();
+    return *_key;
+}
+
 void PSSpecifier::setProperty(PlistValue value, std::string_view key)
 {
+    _identifier = nullptr;
+    _key = nullptr;
     if (value.isNil()) {
         if (_properties && _properties->find(key) != _properties->end())
             ownProperties().erase(std::string(key));

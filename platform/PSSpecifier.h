@@ -44,6 +44,10 @@ public:
     /// from one parsed definition share its immutable dictionaries until one of them sets a
     /// property, which gives that row its own copy. A null dictionary is an empty one.
     PSSpecifier(std::string name, PSCellType cellType, std::shared_ptr<const PlistDictionary> properties);
+    /// A distinct row with the same name, type, properties and target: neither row sees the
+    /// other's later property changes.
+    PSSpecifier(const PSSpecifier& other);
+    PSSpecifier& operator=(const PSSpecifier&) = delete;
 
     /// preferenceSpecifierNamed:target:set:get:detail:cell:edit: with the standard setter
     /// (setPreferenceValue:specifier:) and getter (readPreferenceValue:), no detail and no edit pane.
@@ -67,10 +71,10 @@ public:
     void setName(std::string name) { _name = std::move(name); }
     PSCellType cellType() const { return _cellType; }
 
-    /// The "id" property ("" when absent).
-    const std::string& identifier() const { return propertyForKey("id").stringValue(); }
-    /// The "key" property ("" when absent).
-    const std::string& key() const { return propertyForKey("key").stringValue(); }
+    /// The "id" property ("" when absent or not a string). Looked up once until a property is set.
+    const std::string& identifier() const;
+    /// The "key" property ("" when absent or not a string). Looked up once until a property is set.
+    const std::string& key() const;
     /// The detail controller class of a link row ("detail"), or nullptr.
     const ObjCClass* detailControllerClass() const { return propertyForKey("detail").classValue(); }
     /// The custom cell class ("cellClass"), or nullptr.
@@ -94,6 +98,9 @@ private:
     /// The shared dictionary a row copied from, kept so that values read from it before the copy
     /// stay valid for the row's life.
     std::shared_ptr<const PlistDictionary> _copiedFrom;
+    /// "id" and "key" as last looked up (nullptr: not since the properties last changed).
+    mutable const std::string* _identifier = nullptr;
+    mutable const std::string* _key = nullptr;
     std::weak_ptr<NSObject> _target;
     std::string _detailClassName;
 };
