@@ -33,11 +33,18 @@ SpecifierArray& NIMCollapsibleListController::specifiers()
 
 void NIMCollapsibleListController::capture()
 {
-    auto ids = _page.capturedIds();
+    if (!_capturedIds) {
+        auto ids = _page.capturedIds();
+        _capturedIds.emplace(std::make_move_iterator(ids.begin()), std::make_move_iterator(ids.end()));
+    }
     for (auto& specifier : *_specifiers) {
         const std::string& id = specifier->identifier();
-        if (!id.empty() && std::find(ids.begin(), ids.end(), id) != ids.end())
-            _savedSpecifiers[id] = specifier;
+        if (id.empty() || !_capturedIds->contains(id))
+            continue;
+        if (auto saved = _savedSpecifiers.find(id); saved != _savedSpecifiers.end())
+            saved->second = specifier;
+        else
+            _savedSpecifiers.emplace(id, specifier);
     }
 }
 

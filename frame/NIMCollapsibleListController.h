@@ -20,6 +20,8 @@
 
 #include <map>
 #include <memory>
+#include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -94,4 +96,6 @@ private:
 
     const PageDescription& _page;
     SavedSpecifiers _savedSpecifiers;
+    /// The page's captured ids, gathered at the first capture.
+    std::optional<std::set<std::string, std::less<>>> _capturedIds;
 };

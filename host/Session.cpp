@@ -330,10 +330,11 @@ Session::Json Session::rows()
 
 Session::Json Session::events()
 {
-    Json events = Json::array();
+    Json answer = Json::object();
+    Json& events = answer["events"] = Json::array();
     for (auto& event : _process->events().drain())
         events.push_back(std::move(event));
-    return {{"events", events}};
+    return answer;
 }
 
 Session::Json Session::file(const std::string& path) const

@@ -15,32 +15,43 @@ namespace {
 EventLog::Event identifiers(const SpecifierArray& specifiers)
 {
     EventLog::Event ids = EventLog::Event::array();
+    auto& list = ids.get_ref<EventLog::Event::array_t&>();
+    list.reserve(specifiers.size());
     for (auto& s : specifiers) {
         if (s->identifier().empty())
-            ids.push_back(nullptr);
+            list.emplace_back(nullptr);
         else
-            ids.push_back(s->identifier());
+            list.emplace_back(s->identifier());
     }
     return ids;
 }
 
-// A definition item as a specifier. Class names in "cellClass" and "detail" become class objects,
-// or nothing when no loaded image defines them.
-std::shared_ptr<PSSpecifier> specifierFromItem(const PlistDictionary& item, const std::shared_ptr<NSObject>& target)
+// {"event":"remove","ids":[...],"animated":B}, its fields built in place.
+EventLog::Event removeEvent(const SpecifierArray& removed, bool animated)
 {
+    EventLog::Event event = EventLog::Event::object();
+    auto& fields = event.get_ref<EventLog::Event::object_t&>();
+    fields.reserve(3);
+    fields.emplace_back("event", "remove");
+    fields.emplace_back("ids", identifiers(removed));
+    fields.emplace_back("animated", animated);
+    return event;
+}
+
+// Row index of a definition as a specifier, sharing the definition's dictionary (class names in
+// "cellClass" and "detail" already resolved to class objects, or left out).
+std::shared_ptr<PSSpecifier> specifierFromItem(const PSPageDefinition& definition, std::size_t index,
+                                               const std::shared_ptr<NSObject>& target)
+{
+    const PlistDictionary& item = *definition.items()[index];
     auto cell = item.find("cell");
     auto label = item.find("label");
     auto specifier = std::make_shared<PSSpecifier>(label == item.end() ? std::string() : label->second.stringValue(),
-                                                   PSCellTypeFromString(cell == item.end() ? "" : cell->second.stringValue()));
+                                                   PSCellTypeFromString(cell == item.end() ? "" : cell->second.stringValue()),
+                                                   definition.resolvedItem(index));
     specifier->setTarget(target);
-    for (auto& [key, value] : item) {
-        if ((key == "cellClass" || key == "detail") && value.isString()) {
-            specifier->setProperty(PlistValue(NSClassFromString(value.stringValue())), key);
-            if (key == "detail")
-                specifier->setDetailClassName(value.stringValue());
-        } else
-            specifier->setProperty(value, key);
-    }
+    if (auto detail = item.find("detail"); detail != item.end() && detail->second.isString())
+        specifier->setDetailClassName(detail->second.stringValue());
     return specifier;
 }
 
@@ -67,8 +78,8 @@ SpecifierArray PSListController::loadSpecifiersFromPlistName(std::string_view na
     }
     SpecifierArray specifiers;
     specifiers.reserve(loaded.definition->items().size());
-    for (const PlistDictionary& item : loaded.definition->items())
-        specifiers.push_back(specifierFromItem(item, target));
+    for (std::size_t i = 0; i < loaded.definition->items().size(); ++i)
+        specifiers.push_back(specifierFromItem(*loaded.definition, i, target));
     if (target.get() == this && loaded.definition->title().isString())
         navigationItem().title = loaded.definition->title().stringValue();
     return specifiers;
@@ -121,7 +132,7 @@ void PSListController::removeContiguousSpecifiers(const SpecifierArray& specifie
         removed.push_back(specifier);
     }
     if (!removed.empty())
-        Process::current().events().record({{"event", "remove"}, {"ids", identifiers(removed)}, {"animated", animated}});
+        Process::current().events().record(removeEvent(removed, animated));
 }
 
 bool PSListController::moveRow(std::size_t sectionStart, std::size_t sectionLength, std::size_t from, std::size_t to)

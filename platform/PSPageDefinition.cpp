@@ -1,6 +1,7 @@
 #include "platform/PSPageDefinition.h"
 
 #include "platform/NSFileManager.h"
+#include "platform/ObjCRuntime.h"
 #include "platform/Process.h"
 #include "platform/PropertyListSerialization.h"
 
@@ -55,12 +56,50 @@ PSPageDefinition::Loaded parse(const std::filesystem::path& path, const std::str
     return {std::make_shared<PSPageDefinition>(std::move(rows), title.isString() ? title : PlistValue()), {}};
 }
 
+/// Whether a definition's property names a class by its name.
+bool namesClass(const std::string& key, const PlistValue& value)
+{
+    return (key == "cellClass" || key == "detail") && value.isString();
+}
+
 }  // namespace
 
 PSPageDefinition::PSPageDefinition(std::vector<PlistDictionary> items, PlistValue title)
-    : _items(std::move(items))
-    , _title(std::move(title))
+    : _title(std::move(title))
+    , _resolved(items.size())
 {
+    _items.reserve(items.size());
+    _classNames.resize(items.size());
+    for (std::size_t i = 0; i < items.size(); ++i) {
+        for (auto& [key, value] : items[i])
+            if (namesClass(key, value))
+                _classNames[i].emplace_back(key, value.stringValue());
+        _items.push_back(std::make_shared<const PlistDictionary>(std::move(items[i])));
+    }
+}
+
+std::shared_ptr<const PlistDictionary> PSPageDefinition::resolvedItem(std::size_t index) const
+{
+    const auto& names = _classNames[index];
+    if (names.empty())
+        return _items[index];
+    std::vector<const ObjCClass*> classes;
+    classes.reserve(names.size());
+    for (auto& [key, name] : names)
+        classes.push_back(NSClassFromString(name));
+    std::lock_guard lock(_resolving);
+    Resolution& resolution = _resolved[index];
+    if (!resolution.properties || resolution.classes != classes) {
+        auto properties = std::make_shared<PlistDictionary>(*_items[index]);
+        for (std::size_t i = 0; i < names.size(); ++i) {
+            if (classes[i])
+                (*properties)[names[i].first] = PlistValue(classes[i]);
+            else
+                properties->erase(names[i].first);
+        }
+        resolution = {std::move(classes), std::move(properties)};
+    }
+    return resolution.properties;
 }
 
 PSPageDefinition::Loaded PSPageDefinition::named(std::string_view name)

@@ -8,8 +8,10 @@
 #include "platform/PlistValue.h"
 
 #include <memory>
+#include <mutex>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 class PSPageDefinition {
@@ -27,14 +29,30 @@ public:
     /// property lists. Failures of a file that exists are kept as its definition is, until it changes.
     static Loaded named(std::string_view name);
 
-    /// The rows' property dictionaries, in definition order.
-    const std::vector<PlistDictionary>& items() const { return _items; }
+    /// The rows' property dictionaries as parsed, in definition order.
+    const std::vector<std::shared_ptr<const PlistDictionary>>& items() const { return _items; }
     /// The definition's "title", or nil when it has none (or it is not a string).
     const PlistValue& title() const { return _title; }
+
+    /// Row index's properties as a specifier holds them: a string "cellClass" or "detail" becomes
+    /// the class it names in the current process, and is left out when no loaded image defines
+    /// it. The same immutable dictionary is answered while the same classes resolve (a library
+    /// opened since may resolve more), so rows made from it may share it. index < items().size().
+    std::shared_ptr<const PlistDictionary> resolvedItem(std::size_t index) const;
 
     PSPageDefinition(std::vector<PlistDictionary> items, PlistValue title);
 
 private:
-    std::vector<PlistDictionary> _items;
+    /// A row's class-valued keys as last resolved, and the dictionary made for that resolution.
+    struct Resolution {
+        std::vector<const ObjCClass*> classes;
+        std::shared_ptr<const PlistDictionary> properties;
+    };
+
+    std::vector<std::shared_ptr<const PlistDictionary>> _items;
+    /// Per row, its class-naming keys and the names they give, in key order.
+    std::vector<std::vector<std::pair<std::string, std::string>>> _classNames;
     PlistValue _title;
+    mutable std::mutex _resolving;
+    mutable std::vector<Resolution> _resolved;
 };

@@ -58,6 +58,13 @@ PSSpecifier::PSSpecifier(std::string name, PSCellType cellType)
 {
 }
 
+PSSpecifier::PSSpecifier(std::string name, PSCellType cellType, std::shared_ptr<const PlistDictionary> properties)
+    : _name(std::move(name))
+    , _cellType(cellType)
+    , _properties(std::move(properties))
+{
+}
+
 std::shared_ptr<PSSpecifier> PSSpecifier::preferenceSpecifierNamed(std::string name, std::weak_ptr<NSObject> target,
                                                                    const ObjCClass* detail, PSCellType cell)
 {
@@ -76,18 +83,65 @@ std::shared_ptr<PSSpecifier> PSSpecifier::groupSpecifierWithName(std::string nam
     return specifier;
 }
 
+PSSpecifier::PSSpecifier(const PSSpecifier& other)
+    : NSObject(other)
+    , _name(other._name)
+    , _cellType(other._cellType)
+    , _properties(other._ownsProperties ? std::make_shared<PlistDictionary>(*other._properties) : other._properties)
+    , _ownsProperties(other._ownsProperties)
+    , _target(other._target)
+    , _detailClassName(other._detailClassName)
+{
+}
+
+const PlistDictionary& PSSpecifier::properties() const
+{
+    static const PlistDictionary none;
+    return _properties ? *_properties : none;
+}
+
 const PlistValue& PSSpecifier::propertyForKey(std::string_view key) const
 {
-    auto it = _properties.find(key);
-    return it == _properties.end() ? PlistValue::nil() : it->second;
+    if (!_properties)
+        return PlistValue::nil();
+    auto it = _properties->find(key);
+    return it == _properties->end() ? PlistValue::nil() : it->second;
+}
+
+PlistDictionary& PSSpecifier::ownProperties()
+{
+    if (!_ownsProperties) {
+        _copiedFrom = std::move(_properties);
+        _properties = _copiedFrom ? std::make_shared<PlistDictionary>(*_copiedFrom) : std::make_shared<PlistDictionary>();
+        _ownsProperties = true;
+    }
+    // Made here, non-const, and never handed to another row.
+    return const_cast<PlistDictionary&>(*_properties);
+}
+
+const std::string& PSSpecifier::identifier() const
+{
+    if (!_identifier)
+        _identifier = &propertyForKey("id").stringValue();
+    return *_identifier;
+}
+
+const std::string& PSSpecifier::key() const
+{
+    if (!_key)
+        _key = &propertyForKey("key").stringValue();
+    return *_key;
 }
 
 void PSSpecifier::setProperty(PlistValue value, std::string_view key)
 {
-    if (value.isNil())
-        _properties.erase(std::string(key));
-    else
-        _properties[std::string(key)] = std::move(value);
+    _identifier = nullptr;
+    _key = nullptr;
+    if (value.isNil()) {
+        if (_properties && _properties->find(key) != _properties->end())
+            ownProperties().erase(std::string(key));
+    } else
+        ownProperties()[std::string(key)] = std::move(value);
 }
 
 bool PSSpecifier::isEnabled() const

@@ -40,6 +40,14 @@ std::string_view PSCellTypeName(PSCellType type);
 class PSSpecifier : public NSObject {
 public:
     explicit PSSpecifier(std::string name = {}, PSCellType cellType = PSCellType::StaticText);
+    /// A row whose properties start as the given dictionary, shared rather than copied: rows made
+    /// from one parsed definition share its immutable dictionaries until one of them sets a
+    /// property, which gives that row its own copy. A null dictionary is an empty one.
+    PSSpecifier(std::string name, PSCellType cellType, std::shared_ptr<const PlistDictionary> properties);
+    /// A distinct row with the same name, type, properties and target: neither row sees the
+    /// other's later property changes.
+    PSSpecifier(const PSSpecifier& other);
+    PSSpecifier& operator=(const PSSpecifier&) = delete;
 
     /// preferenceSpecifierNamed:target:set:get:detail:cell:edit: with the standard setter
     /// (setPreferenceValue:specifier:) and getter (readPreferenceValue:), no detail and no edit pane.
@@ -50,9 +58,11 @@ public:
 
     /// The value of one property, or nil.
     const PlistValue& propertyForKey(std::string_view key) const;
-    /// Sets a property; nil removes it.
+    /// Sets a property; nil removes it. A row sharing its dictionary copies it first, so other
+    /// rows never see the change.
     void setProperty(PlistValue value, std::string_view key);
-    const PlistDictionary& properties() const { return _properties; }
+    /// Every property, by key (empty for a row that has none).
+    const PlistDictionary& properties() const;
 
     std::shared_ptr<NSObject> target() const { return _target.lock(); }
     void setTarget(std::weak_ptr<NSObject> target) { _target = std::move(target); }
@@ -61,10 +71,10 @@ public:
     void setName(std::string name) { _name = std::move(name); }
     PSCellType cellType() const { return _cellType; }
 
-    /// The "id" property ("" when absent).
-    const std::string& identifier() const { return propertyForKey("id").stringValue(); }
-    /// The "key" property ("" when absent).
-    const std::string& key() const { return propertyForKey("key").stringValue(); }
+    /// The "id" property ("" when absent or not a string). Looked up once until a property is set.
+    const std::string& identifier() const;
+    /// The "key" property ("" when absent or not a string). Looked up once until a property is set.
+    const std::string& key() const;
     /// The detail controller class of a link row ("detail"), or nullptr.
     const ObjCClass* detailControllerClass() const { return propertyForKey("detail").classValue(); }
     /// The custom cell class ("cellClass"), or nullptr.
@@ -80,7 +90,17 @@ public:
 private:
     std::string _name;
     PSCellType _cellType;
-    PlistDictionary _properties;
+    /// Writable (own copy) only when _ownsProperties; otherwise shared with other rows.
+    PlistDictionary& ownProperties();
+
+    std::shared_ptr<const PlistDictionary> _properties;
+    bool _ownsProperties = false;
+    /// The shared dictionary a row copied from, kept so that values read from it before the copy
+    /// stay valid for the row's life.
+    std::shared_ptr<const PlistDictionary> _copiedFrom;
+    /// "id" and "key" as last looked up (nullptr: not since the properties last changed).
+    mutable const std::string* _identifier = nullptr;
+    mutable const std::string* _key = nullptr;
     std::weak_ptr<NSObject> _target;
     std::string _detailClassName;
 };
