@@ -6,6 +6,7 @@ import { $ } from './dom.js';
 import { readEvents } from './events.js';
 import { renderNavigation, showPage } from './navigation.js';
 import { renderPresented } from './presented.js';
+import { dropForeignBlur } from './respring.js';
 import { screen } from './screen.js';
 import { closeSublist } from './sublist.js';
 
@@ -39,6 +40,7 @@ export function render(state, events, seq) {
   }
   // A blur covers the view of the page on top when it is added (once that page is drawn).
   for (const blur of effects.blurs) blur();
+  dropForeignBlur();
   renderNavigation(state, effects);
   renderPresented(state.presented);
 }

@@ -19,11 +19,13 @@ export function showBlur(style, alpha) {
   screen.blur = blur;
 }
 
-/** A blur belongs to its page's view: another page on top hides it. */
+/** A blur belongs to its page's view: another page on top hides it (every such blur, even one still fading out). */
 export function dropForeignBlur() {
-  if (screen.blur && screen.blur.dataset.page !== String(screen.stack[screen.stack.length - 1] ?? '')) {
-    screen.blur.remove();
-    screen.blur = null;
+  const top = String(screen.stack[screen.stack.length - 1] ?? '');
+  for (const blur of document.querySelectorAll('#pages > .blur-overlay')) {
+    if (blur.dataset.page === top) continue;
+    blur.remove();
+    if (screen.blur === blur) screen.blur = null;
   }
 }
 
