@@ -117,6 +117,14 @@ export async function openAddress(hash, { record = false } = {}) {
 
 /** Runs once the tab's first state is drawn: a fresh session opens the address it was given. */
 export async function startRoutes(fresh) {
+  try {
+    await openFirstAddress(fresh);
+  } finally {
+    screen.addressOpened = true;
+  }
+}
+
+async function openFirstAddress(fresh) {
   const result = await request('GET', '/api/pages');
   if (result.ok) names = result.data;
   namesLoaded = true;

@@ -25,6 +25,8 @@ export const screen = {
   animatedRows: [],
   /** When the last answer was drawn (performance.now()). */
   drawnAt: 0,
+  /** Whether the tab has opened the address it was given; until then its stack may still move. */
+  addressOpened: false,
   /** The address part that could not be opened ({name, from, message}), or null. */
   unreachable: null,
   /** The last search's results, and the row a result opened ({page, id, label}) or null. */

@@ -169,6 +169,8 @@ export async function openApp(browser, server, { phone = false, ...options } = {
   page.on('pageerror', (error) => errors.push(error.message));
   await page.goto(server.url);
   await page.locator('.page.current').waitFor();
+  // The tab opens its address once it has drawn: only then is its stack the test's to move.
+  await page.waitForFunction(() => window.nimbra.addressOpened);
   page.scriptErrors = errors;
   return page;
 }
