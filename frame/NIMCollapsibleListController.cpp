@@ -59,6 +59,7 @@ void NIMCollapsibleListController::reloadSpecifiers()
 {
     // The rebuild reads each domain once, however many rows and rules read it.
     HBPreferencesReadPass pass;
+    DeferredDisplay display(*this);
     HBListController::reloadSpecifiers();
     if (_page.domain.empty())
         return;

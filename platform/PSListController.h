@@ -73,11 +73,36 @@ public:
     virtual void scrollViewDidScroll(UIScrollView& scrollView) { (void)scrollView; }
 
 protected:
+    /// While one lives, the table makes no cells; when the last ends, the table makes the cells of
+    /// the rows shown then. A rebuild that removes rows right after loading them so makes cells only
+    /// for the rows that stay, as a table that asks for the cells it shows would.
+    class DeferredDisplay {
+    public:
+        explicit DeferredDisplay(PSListController& page)
+            : _page(page)
+        {
+            ++_page._displayDeferrals;
+        }
+        ~DeferredDisplay()
+        {
+            if (--_page._displayDeferrals == 0)
+                _page.displayRows();
+        }
+        DeferredDisplay(const DeferredDisplay&) = delete;
+        DeferredDisplay& operator=(const DeferredDisplay&) = delete;
+
+    private:
+        PSListController& _page;
+    };
+
     std::shared_ptr<SpecifierArray> _specifiers;
 
 private:
-    /// Makes the cells (and header views) of every shown row that has none yet.
+    /// Makes the cells (and header views) of every shown row that has none yet; nothing while a
+    /// DeferredDisplay lives.
     void displayRows();
+
+    int _displayDeferrals = 0;
 
     std::shared_ptr<UIScrollView> _table;
     std::vector<std::pair<std::shared_ptr<PSSpecifier>, std::shared_ptr<PSTableCell>>> _cells;
