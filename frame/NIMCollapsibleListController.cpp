@@ -33,18 +33,19 @@ SpecifierArray& NIMCollapsibleListController::specifiers()
 
 void NIMCollapsibleListController::capture()
 {
-    if (!_capturedIds) {
-        auto ids = _page.capturedIds();
-        _capturedIds.emplace(std::make_move_iterator(ids.begin()), std::make_move_iterator(ids.end()));
+    // Every captured id has its slot from the first capture on (empty until a row with that id is
+    // seen), so that a row needs one look-up.
+    if (!_capturing) {
+        _capturing = true;
+        for (auto& id : _page.capturedIds())
+            _savedSpecifiers.try_emplace(std::move(id));
     }
     for (auto& specifier : *_specifiers) {
         const std::string& id = specifier->identifier();
-        if (id.empty() || !_capturedIds->contains(id))
+        if (id.empty())
             continue;
-        if (auto saved = _savedSpecifiers.find(id); saved != _savedSpecifiers.end())
-            saved->second = specifier;
-        else
-            _savedSpecifiers.emplace(id, specifier);
+        if (auto slot = _savedSpecifiers.find(id); slot != _savedSpecifiers.end())
+            slot->second = specifier;
     }
 }
 
@@ -122,7 +123,10 @@ void NIMCollapsibleListController::showNested(const std::vector<std::string>& na
 
 void NIMCollapsibleListController::hide(const CollapsibleGroupRule& rule, bool animated)
 {
-    remove(_page.hiddenBy(rule), animated);
+    auto hidden = _hiddenBy.find(&rule);
+    if (hidden == _hiddenBy.end())
+        hidden = _hiddenBy.emplace(&rule, _page.hiddenBy(rule)).first;
+    remove(hidden->second, animated);
 }
 
 bool NIMCollapsibleListController::reloadRemoves(const CollapsibleGroupRule& rule, HBPreferences& preferences) const
@@ -182,8 +186,8 @@ void NIMCollapsibleListController::insertChain(const std::vector<std::string>& i
 void NIMCollapsibleListController::remove(const std::vector<std::string>& ids, bool animated)
 {
     for (auto& id : ids)
-        if (auto specifier = saved(id))
-            removeContiguousSpecifiers({specifier}, animated);
+        if (auto it = _savedSpecifiers.find(id); it != _savedSpecifiers.end())
+            removeSpecifier(it->second, animated);
 }
 
 PlistValue NIMCollapsibleListController::valueOfRow(std::string_view id)

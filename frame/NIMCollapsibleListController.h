@@ -18,17 +18,23 @@
 #include "platform/Cephei.h"
 #include "platform/HBPreferences.h"
 
-#include <map>
+#include <functional>
 #include <memory>
-#include <optional>
-#include <set>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
+
+/// Hashes std::string and std::string_view alike, so that maps keyed by id can be searched with a
+/// view, without making a string.
+struct NIMStringHash {
+    using is_transparent = void;
+    std::size_t operator()(std::string_view text) const { return std::hash<std::string_view>{}(text); }
+};
 
 class NIMCollapsibleListController : public HBListController {
 public:
-    using SavedSpecifiers = std::map<std::string, std::shared_ptr<PSSpecifier>, std::less<>>;
+    using SavedSpecifiers = std::unordered_map<std::string, std::shared_ptr<PSSpecifier>, NIMStringHash, std::equal_to<>>;
 
     explicit NIMCollapsibleListController(const PageDescription& page);
 
@@ -43,9 +49,9 @@ public:
     void reloadSpecifiers() override;
     void viewDidLoad() override;
 
-    /// Child id -> specifier; made by the first `specifiers` call.
+    /// Child id -> specifier, for every id the page captures; made by the first `specifiers` call.
+    /// An id whose row the definition lacks maps to nullptr.
     const SavedSpecifiers& savedSpecifiers() const { return _savedSpecifiers; }
-    void setSavedSpecifiers(SavedSpecifiers saved) { _savedSpecifiers = std::move(saved); }
 
 protected:
     /// The value hook, after the value is stored: applies the rule for key (if any) to value.
@@ -96,6 +102,8 @@ private:
 
     const PageDescription& _page;
     SavedSpecifiers _savedSpecifiers;
-    /// The page's captured ids, gathered at the first capture.
-    std::optional<std::set<std::string, std::less<>>> _capturedIds;
+    /// Whether the captured ids have their slots in _savedSpecifiers yet.
+    bool _capturing = false;
+    /// What each rule hides (PageDescription::hiddenBy), worked out once per page.
+    std::unordered_map<const CollapsibleGroupRule*, std::vector<std::string>> _hiddenBy;
 };

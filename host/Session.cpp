@@ -330,10 +330,11 @@ Session::Json Session::rows()
 
 Session::Json Session::events()
 {
+    std::vector<EventLog::Event> drained = _process->events().drain();
     Json answer = Json::object();
-    Json& events = answer["events"] = Json::array();
-    for (auto& event : _process->events().drain())
-        events.push_back(std::move(event));
+    auto& events = (answer["events"] = Json::array()).get_ref<Json::array_t&>();
+    events.reserve(drained.size());
+    std::move(drained.begin(), drained.end(), std::back_inserter(events));
     return answer;
 }
 

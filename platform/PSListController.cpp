@@ -6,13 +6,14 @@
 #include "platform/Process.h"
 
 #include <algorithm>
+#include <span>
 
 NIM_REGISTER_CLASS(PSListController, UIViewController);
 NIM_REGISTER_CLASS(PSListItemsController, PSListController);
 
 namespace {
 
-EventLog::Event identifiers(const SpecifierArray& specifiers)
+EventLog::Event identifiers(std::span<const std::shared_ptr<PSSpecifier>> specifiers)
 {
     EventLog::Event ids = EventLog::Event::array();
     auto& list = ids.get_ref<EventLog::Event::array_t&>();
@@ -27,7 +28,7 @@ EventLog::Event identifiers(const SpecifierArray& specifiers)
 }
 
 // {"event":"remove","ids":[...],"animated":B}, its fields built in place.
-EventLog::Event removeEvent(const SpecifierArray& removed, bool animated)
+EventLog::Event removeEvent(std::span<const std::shared_ptr<PSSpecifier>> removed, bool animated)
 {
     EventLog::Event event = EventLog::Event::object();
     auto& fields = event.get_ref<EventLog::Event::object_t&>();
@@ -43,15 +44,11 @@ EventLog::Event removeEvent(const SpecifierArray& removed, bool animated)
 std::shared_ptr<PSSpecifier> specifierFromItem(const PSPageDefinition& definition, std::size_t index,
                                                const std::shared_ptr<NSObject>& target)
 {
-    const PlistDictionary& item = *definition.items()[index];
-    auto cell = item.find("cell");
-    auto label = item.find("label");
-    auto specifier = std::make_shared<PSSpecifier>(label == item.end() ? std::string() : label->second.stringValue(),
-                                                   PSCellTypeFromString(cell == item.end() ? "" : cell->second.stringValue()),
-                                                   definition.resolvedItem(index));
+    const PSPageDefinition::RowHead& head = definition.rowHead(index);
+    auto specifier = std::make_shared<PSSpecifier>(head.label, head.cellType, definition.resolvedItem(index));
     specifier->setTarget(target);
-    if (auto detail = item.find("detail"); detail != item.end() && detail->second.isString())
-        specifier->setDetailClassName(detail->second.stringValue());
+    if (!head.detailClassName.empty())
+        specifier->setDetailClassName(head.detailClassName);
     return specifier;
 }
 
@@ -135,6 +132,17 @@ void PSListController::removeContiguousSpecifiers(const SpecifierArray& specifie
         Process::current().events().record(removeEvent(removed, animated));
 }
 
+void PSListController::removeSpecifier(const std::shared_ptr<PSSpecifier>& specifier, bool animated)
+{
+    if (!_specifiers || !specifier)
+        return;
+    auto it = std::find(_specifiers->begin(), _specifiers->end(), specifier);
+    if (it == _specifiers->end())
+        return;
+    _specifiers->erase(it);
+    Process::current().events().record(removeEvent({&specifier, 1}, animated));
+}
+
 bool PSListController::moveRow(std::size_t sectionStart, std::size_t sectionLength, std::size_t from, std::size_t to)
 {
     if (!_specifiers || from >= sectionLength || to >= sectionLength || sectionStart + sectionLength > _specifiers->size())
@@ -152,10 +160,10 @@ void PSListController::reloadSpecifiers()
 {
     _specifiers.reset();
     // The old rows' cells and headers leave the table with them.
-    for (auto& [row, cell] : _cells)
-        cell->removeFromSuperview();
-    for (auto& [row, header] : _headers)
-        header->removeFromSuperview();
+    for (auto& [row, shown] : _cells)
+        shown.cell->removeFromSuperview();
+    for (auto& [row, shown] : _headers)
+        shown.cell->removeFromSuperview();
     _cells.clear();
     _headers.clear();
     specifiers();
@@ -221,15 +229,19 @@ std::shared_ptr<PSTableCell> PSListController::cellForSpecifier(const std::share
 {
     if (!containsSpecifier(specifier))
         return nullptr;
-    for (auto& [row, cell] : _cells)
-        if (row == specifier)
-            return cell;
+    return cellForShownSpecifier(specifier);
+}
+
+std::shared_ptr<PSTableCell> PSListController::cellForShownSpecifier(const std::shared_ptr<PSSpecifier>& specifier)
+{
+    if (auto made = _cells.find(specifier.get()); made != _cells.end())
+        return made->second.cell;
     std::shared_ptr<PSTableCell> cell;
     if (const ObjCClass* cls = specifier->cellClass(); cls && cls->make)
         cell = std::dynamic_pointer_cast<PSTableCell>(cls->make());
     if (!cell)
         cell = specifier->cellType() == PSCellType::Switch ? NSObject::make<PSSwitchTableCell>() : NSObject::make<PSTableCell>();
-    _cells.emplace_back(specifier, cell);
+    _cells.emplace(specifier.get(), Shown<PSTableCell>{specifier, cell});
     cell->initWithSpecifier(specifier, 0);
     if (_table) {
         const PlistValue& height = specifier->propertyForKey("height");
@@ -243,28 +255,32 @@ std::shared_ptr<PSTableCell> PSListController::cellForSpecifier(const std::share
 
 std::shared_ptr<UIView> PSListController::headerViewForSpecifier(const std::shared_ptr<PSSpecifier>& specifier)
 {
-    for (auto& [row, header] : _headers)
-        if (row == specifier)
-            return header;
-    return nullptr;
+    auto made = _headers.find(specifier.get());
+    return made == _headers.end() ? nullptr : made->second.cell;
 }
 
 void PSListController::displayRows()
 {
-    if (!_table || !_specifiers)
+    if (!_table || !_specifiers || _displayDeferrals > 0)
         return;
-    SpecifierArray shown = *_specifiers;
+    // A cell made here may change the list; the rows shown when the display began are the ones drawn.
+    const SpecifierArray shown = *_specifiers;
     for (auto& specifier : shown) {
-        cellForSpecifier(specifier);
-        const ObjCClass* headerClass = NSClassFromString(specifier->propertyForKey("headerCellClass").stringValue());
-        if (specifier->cellType() != PSCellType::Group || !headerClass || !headerClass->make || headerViewForSpecifier(specifier))
+        cellForShownSpecifier(specifier);
+        if (specifier->cellType() != PSCellType::Group)
+            continue;
+        const PlistValue& headerClassName = specifier->propertyForKey("headerCellClass");
+        if (!headerClassName.isString() || _headers.contains(specifier.get()))
+            continue;
+        const ObjCClass* headerClass = NSClassFromString(headerClassName.stringValue());
+        if (!headerClass || !headerClass->make)
             continue;
         if (auto header = std::dynamic_pointer_cast<PSHeaderView>(headerClass->make())) {
             header->initWithSpecifier(specifier);
             double width = _table->bounds().width;
             header->setFrame(CGRect{0, 0, width, header->preferredHeightForWidth(width)});
             _table->addSubview(header);
-            _headers.emplace_back(specifier, header);
+            _headers.emplace(specifier.get(), Shown<UIView>{specifier, header});
         }
     }
 }

@@ -13,6 +13,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 
 class PSListController : public UIViewController {
 public:
@@ -38,6 +39,9 @@ public:
     void insertContiguousSpecifiers(const SpecifierArray& specifiers, std::string_view afterSpecifierID, bool animated);
     /// Removes those specifier objects from the list; rows not shown are ignored.
     void removeContiguousSpecifiers(const SpecifierArray& specifiers, bool animated);
+    /// Removes that one specifier object (removeSpecifier:animated:), recorded as a removal of one
+    /// row; nothing when it is not shown.
+    void removeSpecifier(const std::shared_ptr<PSSpecifier>& specifier, bool animated);
     /// Discards the list, asks `specifiers` again and redraws every row.
     virtual void reloadSpecifiers();
     /// Redraws one row ({"event":"reloadRow","id":...}).
@@ -102,11 +106,22 @@ private:
     /// DeferredDisplay lives.
     void displayRows();
 
+    /// cellForSpecifier for a row known to be shown.
+    std::shared_ptr<PSTableCell> cellForShownSpecifier(const std::shared_ptr<PSSpecifier>& specifier);
+
     int _displayDeferrals = 0;
 
+    /// A view the table made for a row, with the row it was made for.
+    template <typename View>
+    struct Shown {
+        std::shared_ptr<PSSpecifier> row;
+        std::shared_ptr<View> cell;
+    };
+
     std::shared_ptr<UIScrollView> _table;
-    std::vector<std::pair<std::shared_ptr<PSSpecifier>, std::shared_ptr<PSTableCell>>> _cells;
-    std::vector<std::pair<std::shared_ptr<PSSpecifier>, std::shared_ptr<UIView>>> _headers;
+    /// The cells and header views made since the last reload, by row.
+    std::unordered_map<const PSSpecifier*, Shown<PSTableCell>> _cells;
+    std::unordered_map<const PSSpecifier*, Shown<UIView>> _headers;
 };
 
 /// The chooser a list row ("PSLinkListCell") opens to pick one of its "validValues".

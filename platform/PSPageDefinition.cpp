@@ -7,7 +7,10 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
+#include <array>
 #include <map>
+#include <span>
 
 namespace {
 
@@ -69,8 +72,14 @@ PSPageDefinition::PSPageDefinition(std::vector<PlistDictionary> items, PlistValu
     , _resolved(items.size())
 {
     _items.reserve(items.size());
+    _heads.reserve(items.size());
     _classNames.resize(items.size());
     for (std::size_t i = 0; i < items.size(); ++i) {
+        auto text = [&](std::string_view key) {
+            auto found = items[i].find(key);
+            return found != items[i].end() && found->second.isString() ? found->second.stringValue() : std::string();
+        };
+        _heads.push_back({text("label"), PSCellTypeFromString(text("cell")), text("detail")});
         for (auto& [key, value] : items[i])
             if (namesClass(key, value))
                 _classNames[i].emplace_back(key, value.stringValue());
@@ -83,13 +92,14 @@ std::shared_ptr<const PlistDictionary> PSPageDefinition::resolvedItem(std::size_
     const auto& names = _classNames[index];
     if (names.empty())
         return _items[index];
-    std::vector<const ObjCClass*> classes;
-    classes.reserve(names.size());
-    for (auto& [key, name] : names)
-        classes.push_back(NSClassFromString(name));
+    // Only "cellClass" and "detail" name classes, so a row has at most two.
+    std::array<const ObjCClass*, 2> classes{};
+    for (std::size_t i = 0; i < names.size(); ++i)
+        classes[i] = NSClassFromString(names[i].second);
+    const std::span<const ObjCClass*> resolved(classes.data(), names.size());
     std::lock_guard lock(_resolving);
     Resolution& resolution = _resolved[index];
-    if (!resolution.properties || resolution.classes != classes) {
+    if (!resolution.properties || !std::ranges::equal(resolution.classes, resolved)) {
         auto properties = std::make_shared<PlistDictionary>(*_items[index]);
         for (std::size_t i = 0; i < names.size(); ++i) {
             if (classes[i])
@@ -97,7 +107,7 @@ std::shared_ptr<const PlistDictionary> PSPageDefinition::resolvedItem(std::size_
             else
                 properties->erase(names[i].first);
         }
-        resolution = {std::move(classes), std::move(properties)};
+        resolution = {{resolved.begin(), resolved.end()}, std::move(properties)};
     }
     return resolution.properties;
 }

@@ -5,6 +5,7 @@
 // time): a definition whose file changed on disk is read again, one that did not is never
 // re-parsed. Pages make fresh specifier objects from the kept rows on every load.
 
+#include "platform/PSSpecifier.h"
 #include "platform/PlistValue.h"
 
 #include <memory>
@@ -31,6 +32,16 @@ public:
 
     /// The rows' property dictionaries as parsed, in definition order.
     const std::vector<std::shared_ptr<const PlistDictionary>>& items() const { return _items; }
+    /// What a specifier made from a row starts with, read once from its dictionary: its "label"
+    /// ("" when absent or not a string), the cell type its "cell" names (static text when unknown)
+    /// and the class name its "detail" gives ("" when none).
+    struct RowHead {
+        std::string label;
+        PSCellType cellType = PSCellType::StaticText;
+        std::string detailClassName;
+    };
+    /// Row index's head. index < items().size().
+    const RowHead& rowHead(std::size_t index) const { return _heads[index]; }
     /// The definition's "title", or nil when it has none (or it is not a string).
     const PlistValue& title() const { return _title; }
 
@@ -50,6 +61,7 @@ private:
     };
 
     std::vector<std::shared_ptr<const PlistDictionary>> _items;
+    std::vector<RowHead> _heads;
     /// Per row, its class-naming keys and the names they give, in key order.
     std::vector<std::vector<std::pair<std::string, std::string>>> _classNames;
     PlistValue _title;
