@@ -22,16 +22,20 @@ void NIMCollapsibleListController::init()
 
 SpecifierArray& NIMCollapsibleListController::specifiers()
 {
+    std::shared_ptr<const PSPageDefinition> fresh;
     if (!specifiersLoaded()) {
-        setSpecifiers(loadSpecifiersFromPlistName(_page.definition, shared_from_this()));
+        DefinedSpecifiers loaded = loadDefinedSpecifiers(_page.definition, shared_from_this());
+        setSpecifiers(std::move(loaded.specifiers));
         if (_page.fixesColorRows)
             fixColorPicker(*_specifiers, shared_from_this());
+        else
+            fresh = std::move(loaded.definition);
     }
-    capture();
+    capture(std::move(fresh));
     return *_specifiers;
 }
 
-void NIMCollapsibleListController::capture()
+void NIMCollapsibleListController::capture(std::shared_ptr<const PSPageDefinition> fresh)
 {
     // Every captured id has its slot from the first capture on (empty until a row with that id is
     // seen), so that a row needs one look-up.
@@ -40,13 +44,29 @@ void NIMCollapsibleListController::capture()
         for (auto& id : _page.capturedIds())
             _savedSpecifiers.try_emplace(std::move(id));
     }
-    for (auto& specifier : *_specifiers) {
-        const std::string& id = specifier->identifier();
+    SpecifierArray& rows = *_specifiers;
+    // Rows just made from the definition whose slots are known: row i goes to its item's slot.
+    if (fresh && fresh == _slotsDefinition && rows.size() == _slotOfRow.size()) {
+        for (std::size_t i = 0; i < rows.size(); ++i)
+            if (_slotOfRow[i])
+                *_slotOfRow[i] = rows[i];
+        return;
+    }
+    if (fresh)
+        _slotOfRow.assign(rows.size(), nullptr);
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+        const std::string& id = rows[i]->identifier();
         if (id.empty())
             continue;
-        if (auto slot = _savedSpecifiers.find(id); slot != _savedSpecifiers.end())
-            slot->second = specifier;
+        auto slot = _savedSpecifiers.find(id);
+        if (slot == _savedSpecifiers.end())
+            continue;
+        slot->second = rows[i];
+        if (fresh)
+            _slotOfRow[i] = &slot->second;
     }
+    if (fresh)
+        _slotsDefinition = std::move(fresh);
 }
 
 void NIMCollapsibleListController::setPreferenceValue(const PlistValue& value, const std::shared_ptr<PSSpecifier>& specifier)
@@ -123,10 +143,22 @@ void NIMCollapsibleListController::showNested(const std::vector<std::string>& na
 
 void NIMCollapsibleListController::hide(const CollapsibleGroupRule& rule, bool animated)
 {
-    auto hidden = _hiddenBy.find(&rule);
-    if (hidden == _hiddenBy.end())
-        hidden = _hiddenBy.emplace(&rule, _page.hiddenBy(rule)).first;
-    remove(hidden->second, animated);
+    if (!_capturing) {
+        remove(_page.hiddenBy(rule), animated);
+        return;
+    }
+    // The saved-specifier slots of the rows the rule hides, found once per page.
+    auto hidden = _hiddenSlots.find(&rule);
+    if (hidden == _hiddenSlots.end()) {
+        std::vector<const std::shared_ptr<PSSpecifier>*> slots;
+        for (auto& id : _page.hiddenBy(rule))
+            if (auto slot = _savedSpecifiers.find(id); slot != _savedSpecifiers.end())
+                slots.push_back(&slot->second);
+        hidden = _hiddenSlots.emplace(&rule, std::move(slots)).first;
+    }
+    for (auto* slot : hidden->second)
+        if (*slot)
+            removeSpecifier(*slot, animated);
 }
 
 bool NIMCollapsibleListController::reloadRemoves(const CollapsibleGroupRule& rule, HBPreferences& preferences) const

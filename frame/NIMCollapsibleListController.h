@@ -96,7 +96,9 @@ protected:
     PlistValue valueOfRow(std::string_view id);
 
 private:
-    void capture();
+    /// Saves the shown rows of captured ids. fresh: the definition the rows were just made from,
+    /// row for item, or nullptr.
+    void capture(std::shared_ptr<const PSPageDefinition> fresh);
     /// `show`, with or without the presence test.
     bool insertChildren(const CollapsibleGroupRule& rule, bool presenceTest);
 
@@ -104,6 +106,11 @@ private:
     SavedSpecifiers _savedSpecifiers;
     /// Whether the captured ids have their slots in _savedSpecifiers yet.
     bool _capturing = false;
-    /// What each rule hides (PageDescription::hiddenBy), worked out once per page.
-    std::unordered_map<const CollapsibleGroupRule*, std::vector<std::string>> _hiddenBy;
+    /// The definition rows were last made from, and the saved-specifier slot of each of its rows
+    /// (nullptr: not captured). Slots never move: the saved dictionary gains no ids after the first
+    /// capture, and its values stay where they are.
+    std::shared_ptr<const PSPageDefinition> _slotsDefinition;
+    std::vector<std::shared_ptr<PSSpecifier>*> _slotOfRow;
+    /// The slots of the rows each rule hides (PageDescription::hiddenBy), worked out once per page.
+    std::unordered_map<const CollapsibleGroupRule*, std::vector<const std::shared_ptr<PSSpecifier>*>> _hiddenSlots;
 };

@@ -68,18 +68,25 @@ void PSListController::setSpecifiers(SpecifierArray specifiers)
 
 SpecifierArray PSListController::loadSpecifiersFromPlistName(std::string_view name, const std::shared_ptr<NSObject>& target)
 {
+    return loadDefinedSpecifiers(name, target).specifiers;
+}
+
+PSListController::DefinedSpecifiers PSListController::loadDefinedSpecifiers(std::string_view name,
+                                                                            const std::shared_ptr<NSObject>& target)
+{
     PSPageDefinition::Loaded loaded = PSPageDefinition::named(name);
     if (!loaded.definition) {
         Process::current().reportError(loaded.error);
         return {};
     }
+    const PSPageDefinition& definition = *loaded.definition;
     SpecifierArray specifiers;
-    specifiers.reserve(loaded.definition->items().size());
-    for (std::size_t i = 0; i < loaded.definition->items().size(); ++i)
-        specifiers.push_back(specifierFromItem(*loaded.definition, i, target));
-    if (target.get() == this && loaded.definition->title().isString())
-        navigationItem().title = loaded.definition->title().stringValue();
-    return specifiers;
+    specifiers.reserve(definition.items().size());
+    for (std::size_t i = 0; i < definition.items().size(); ++i)
+        specifiers.push_back(specifierFromItem(definition, i, target));
+    if (target.get() == this && definition.title().isString())
+        navigationItem().title = definition.title().stringValue();
+    return {std::move(specifiers), std::move(loaded.definition)};
 }
 
 bool PSListController::containsSpecifier(const std::shared_ptr<PSSpecifier>& specifier) const

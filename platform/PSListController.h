@@ -15,6 +15,8 @@
 #include <string_view>
 #include <unordered_map>
 
+class PSPageDefinition;
+
 class PSListController : public UIViewController {
 public:
     /// The page's current list. The base answers the list as it is (empty until something loads
@@ -29,6 +31,14 @@ public:
     /// with target as their target, and its "title" as this page's title. A definition that is
     /// missing or malformed yields no rows and is reported (Process::reportError) naming the file.
     SpecifierArray loadSpecifiersFromPlistName(std::string_view name, const std::shared_ptr<NSObject>& target);
+    /// What loadSpecifiersFromPlistName makes, with the parsed definition the rows came from (row i
+    /// from its item i; nullptr, and no rows, when it failed). The same definition object is answered
+    /// until its file changes.
+    struct DefinedSpecifiers {
+        SpecifierArray specifiers;
+        std::shared_ptr<const PSPageDefinition> definition;
+    };
+    DefinedSpecifiers loadDefinedSpecifiers(std::string_view name, const std::shared_ptr<NSObject>& target);
 
     /// Whether that very specifier object is shown (identity, not equal ids).
     bool containsSpecifier(const std::shared_ptr<PSSpecifier>& specifier) const;

@@ -84,14 +84,15 @@ PSPageDefinition::PSPageDefinition(std::vector<PlistDictionary> items, PlistValu
             if (namesClass(key, value))
                 _classNames[i].emplace_back(key, value.stringValue());
         _items.push_back(std::make_shared<const PlistDictionary>(std::move(items[i])));
+        _shared.push_back(PSSharedProperties::of(_items.back()));
     }
 }
 
-std::shared_ptr<const PlistDictionary> PSPageDefinition::resolvedItem(std::size_t index) const
+PSSharedProperties PSPageDefinition::resolvedItem(std::size_t index) const
 {
     const auto& names = _classNames[index];
     if (names.empty())
-        return _items[index];
+        return _shared[index];
     // Only "cellClass" and "detail" name classes, so a row has at most two.
     std::array<const ObjCClass*, 2> classes{};
     for (std::size_t i = 0; i < names.size(); ++i)
@@ -99,7 +100,7 @@ std::shared_ptr<const PlistDictionary> PSPageDefinition::resolvedItem(std::size_
     const std::span<const ObjCClass*> resolved(classes.data(), names.size());
     std::lock_guard lock(_resolving);
     Resolution& resolution = _resolved[index];
-    if (!resolution.properties || !std::ranges::equal(resolution.classes, resolved)) {
+    if (!resolution.properties.dictionary || !std::ranges::equal(resolution.classes, resolved)) {
         auto properties = std::make_shared<PlistDictionary>(*_items[index]);
         for (std::size_t i = 0; i < names.size(); ++i) {
             if (classes[i])
@@ -107,7 +108,7 @@ std::shared_ptr<const PlistDictionary> PSPageDefinition::resolvedItem(std::size_
             else
                 properties->erase(names[i].first);
         }
-        resolution = {{resolved.begin(), resolved.end()}, std::move(properties)};
+        resolution = {{resolved.begin(), resolved.end()}, PSSharedProperties::of(std::move(properties))};
     }
     return resolution.properties;
 }

@@ -49,7 +49,7 @@ public:
     /// the class it names in the current process, and is left out when no loaded image defines
     /// it. The same immutable dictionary is answered while the same classes resolve (a library
     /// opened since may resolve more), so rows made from it may share it. index < items().size().
-    std::shared_ptr<const PlistDictionary> resolvedItem(std::size_t index) const;
+    PSSharedProperties resolvedItem(std::size_t index) const;
 
     PSPageDefinition(std::vector<PlistDictionary> items, PlistValue title);
 
@@ -57,11 +57,13 @@ private:
     /// A row's class-valued keys as last resolved, and the dictionary made for that resolution.
     struct Resolution {
         std::vector<const ObjCClass*> classes;
-        std::shared_ptr<const PlistDictionary> properties;
+        PSSharedProperties properties;
     };
 
     std::vector<std::shared_ptr<const PlistDictionary>> _items;
     std::vector<RowHead> _heads;
+    /// Each item, wrapped for sharing (used as it is when the row names no class).
+    std::vector<PSSharedProperties> _shared;
     /// Per row, its class-naming keys and the names they give, in key order.
     std::vector<std::vector<std::pair<std::string, std::string>>> _classNames;
     PlistValue _title;

@@ -58,10 +58,25 @@ PSSpecifier::PSSpecifier(std::string name, PSCellType cellType)
 {
 }
 
-PSSpecifier::PSSpecifier(std::string name, PSCellType cellType, std::shared_ptr<const PlistDictionary> properties)
+PSSharedProperties PSSharedProperties::of(std::shared_ptr<const PlistDictionary> dictionary)
+{
+    auto text = [&](std::string_view key) -> const std::string& {
+        if (!dictionary)
+            return PlistValue::nil().stringValue();
+        auto found = dictionary->find(key);
+        return found == dictionary->end() ? PlistValue::nil().stringValue() : found->second.stringValue();
+    };
+    const std::string& identifier = text("id");
+    const std::string& key = text("key");
+    return {std::move(dictionary), &identifier, &key};
+}
+
+PSSpecifier::PSSpecifier(std::string name, PSCellType cellType, const PSSharedProperties& properties)
     : _name(std::move(name))
     , _cellType(cellType)
-    , _properties(std::move(properties))
+    , _properties(properties.dictionary)
+    , _identifier(properties.identifier)
+    , _key(properties.key)
 {
 }
 

@@ -37,13 +37,25 @@ bool PSCellTypeIsKnown(std::string_view name);
 /// The definition name of a cell type ("PSSwitchCell").
 std::string_view PSCellTypeName(PSCellType type);
 
+/// An immutable dictionary that rows share (the parsed row of a page definition), with its "id"
+/// and "key" strings found once, when it is wrapped, instead of once per row made from it.
+struct PSSharedProperties {
+    std::shared_ptr<const PlistDictionary> dictionary;
+    /// The dictionary's own "id" and "key" strings ("" when absent or not strings).
+    const std::string* identifier = nullptr;
+    const std::string* key = nullptr;
+
+    /// Wraps dictionary (nullptr: an empty one).
+    static PSSharedProperties of(std::shared_ptr<const PlistDictionary> dictionary);
+};
+
 class PSSpecifier : public NSObject {
 public:
     explicit PSSpecifier(std::string name = {}, PSCellType cellType = PSCellType::StaticText);
     /// A row whose properties start as the given dictionary, shared rather than copied: rows made
     /// from one parsed definition share its immutable dictionaries until one of them sets a
     /// property, which gives that row its own copy. A null dictionary is an empty one.
-    PSSpecifier(std::string name, PSCellType cellType, std::shared_ptr<const PlistDictionary> properties);
+    PSSpecifier(std::string name, PSCellType cellType, const PSSharedProperties& properties);
     /// A distinct row with the same name, type, properties and target: neither row sees the
     /// other's later property changes.
     PSSpecifier(const PSSpecifier& other);

@@ -13,6 +13,7 @@ packages=(
   nlohmann-json3-dev            # JSON for the script and browser hosts
   libgtest-dev libgmock-dev     # unit and end-to-end tests
   libbenchmark-dev              # benchmarks
+  libmimalloc-dev               # the programs' allocator
   chromium                      # the browser tests' headless browser
   clang libclang-rt-14-dev      # the fuzz targets (libFuzzer and the sanitizers' runtimes)
 )
