@@ -54,6 +54,9 @@ public:
 
 /// The header (or, for requests that cannot carry one, the "session" parameter) naming a tab's session.
 constexpr const char* kSessionHeader = "X-Nimbra-Session";
+/// The header naming one loaded page of a tab (a new name on every load), so that a request of that
+/// page waiting for events is not woken for what its own gestures' answers carried.
+constexpr const char* kClientHeader = "X-Nimbra-Client";
 /// The longest a request for events waits for one to happen, and how many may wait at once (each
 /// holds a connection and a worker; more are answered at once).
 constexpr double kMaxEventWaitSeconds = 30;
@@ -240,6 +243,13 @@ struct WebServer::Impl {
         return id;
     }
 
+    /// The loaded page a request comes from ("" when it does not say, or says it wrongly).
+    static std::string clientId(const httplib::Request& req)
+    {
+        std::string id = req.get_header_value(kClientHeader);
+        return SessionPool::isValidId(id) ? id : std::string();
+    }
+
     /// The session a request names. Call with the mutex held.
     ServerSession& sessionFor(const std::string& id)
     {
@@ -340,6 +350,8 @@ struct WebServer::Impl {
                 throw;
             }
             tab.drain();
+            // The answer below carries every event so far to the page that sent the gesture.
+            tab.setAnswered(clientId(req), tab.sequence());
             eventsWake.notify_all();
             if (auto failed = tab.failedWriteSince(since)) {
                 Json refusal = screenUpdate(tab, since);
@@ -364,9 +376,11 @@ struct WebServer::Impl {
         });
     }
 
-    /// GET /api/events: the events numbered above since (and the state with state=1). With wait=S it
-    /// waits up to S seconds (at most kMaxEventWaitSeconds) for one, so that the revert of the
-    /// respring button or the end of a respring reach the screen as they happen.
+    /// GET /api/events: the events numbered above since (and the state with state=1). With wait=S and
+    /// nothing newer than since, it waits up to S seconds (at most kMaxEventWaitSeconds) for an event
+    /// that no gesture's answer carried to the page asking (X-Nimbra-Client), so that the revert of
+    /// the respring button, the end of a respring and another client's gestures reach the screen as
+    /// they happen, while the page's own tap is drawn once, from its own answer.
     void events(const httplib::Request& req, httplib::Response& res)
     {
         try {
@@ -391,9 +405,11 @@ struct WebServer::Impl {
                 ++waiters;
                 auto deadline = std::chrono::steady_clock::now() + std::chrono::duration_cast<std::chrono::steady_clock::duration>(
                                                                        std::chrono::duration<double>(wait));
+                // What a gesture's answer carried to this page is not news: it drew it from that answer.
+                std::string client = clientId(req);
                 eventsWake.wait_until(lock, deadline, [&] {
                     tab = sessions.find(id);
-                    return closing || !tab || tab->sequence() != since;
+                    return closing || !tab || tab->sequence() > std::max(since, tab->answered(client));
                 });
                 --waiters;
                 if (!tab)

@@ -113,3 +113,21 @@ std::optional<std::string> ServerSession::failedWriteSince(std::uint64_t since) 
             return it->second.value("message", "");
     return std::nullopt;
 }
+
+std::uint64_t ServerSession::answered(const std::string& client) const
+{
+    for (auto& [name, sequence] : _answered)
+        if (!client.empty() && name == client)
+            return sequence;
+    return 0;
+}
+
+void ServerSession::setAnswered(const std::string& client, std::uint64_t sequence)
+{
+    if (client.empty())
+        return;
+    std::erase_if(_answered, [&](auto& entry) { return entry.first == client; });
+    _answered.emplace_back(client, sequence);
+    if (_answered.size() > kAnsweredClients)
+        _answered.erase(_answered.begin());
+}

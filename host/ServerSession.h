@@ -16,6 +16,7 @@
 #include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
 /// How many events a session keeps for a screen that is behind, and how many bytes of JSON they may
 /// take together (the newest event is always kept).
@@ -42,6 +43,11 @@ public:
     void drain();
     /// The number of the last event.
     std::uint64_t sequence() const { return _sequence; }
+    /// The number of the last event a gesture's answer carried to the loaded page named client (0
+    /// for "" or a page not among the last kAnsweredClients to send a gesture).
+    std::uint64_t answered(const std::string& client) const;
+    /// Records that a gesture's answer carried every event up to sequence to client ("": nobody).
+    void setAnswered(const std::string& client, std::uint64_t sequence);
     /// What the screen shows (Session::state) with the sequence number of its last event and the
     /// identities of the top page and its rows; image rows carry the stored picture their preview
     /// shows.
@@ -65,6 +71,9 @@ private:
     std::deque<std::pair<std::uint64_t, Json>> _history;
     std::size_t _historyBytes = 0;  // the events of the history, as JSON text
     std::uint64_t _sequence = 0;
+    /// The pages that sent the latest gestures, and the last event each answer carried them.
+    static constexpr std::size_t kAnsweredClients = 8;
+    std::vector<std::pair<std::string, std::uint64_t>> _answered;
     std::map<const void*, std::pair<std::weak_ptr<const void>, std::uint64_t>> _identities;
     std::uint64_t _nextIdentity = 0;
     std::chrono::steady_clock::time_point _lastUsed = std::chrono::steady_clock::now();

@@ -33,12 +33,16 @@ function sessionId() {
   return id;
 }
 
+/** This load of the page (a reload is another): the server does not wake its wait for events for
+ * what its own gestures' answers carried. */
+const CLIENT = crypto.randomUUID();
+
 /** Whether this tab had no session yet (its first load, not a reload). */
 const newTab = !sessionStorage.getItem(SESSION_KEY);
 
 /** One request; answers {ok, status, data} (data is the JSON answer, or {error} if it was not JSON). */
 export async function request(method, path, body, contentType = 'application/json') {
-  const init = { method, headers: { 'X-Nimbra-Session': sessionId() } };
+  const init = { method, headers: { 'X-Nimbra-Session': sessionId(), 'X-Nimbra-Client': CLIENT } };
   if (body !== undefined) {
     init.body = contentType === 'application/json' ? JSON.stringify(body) : body;
     init.headers['Content-Type'] = contentType;

@@ -157,11 +157,17 @@ function textWidth(node, text) {
  * The back button shows the previous page's title whenever it fits between the button's chevron
  * and the centred title, else "Back", else the chevron alone, as UIKit does.
  */
+let backTitleFor = '';
+
 function setBackTitle(title) {
   const back = $('#nav-back');
   const text = back.querySelector('.text');
-  const bar = $('#navigation').getBoundingClientRect();
   const shown = ['#nav-title-text', '#title-view'].map($).find((node) => !node.hidden);
+  // Measuring lays the page out: only when the titles or the window changed since the last time.
+  const inputs = JSON.stringify([title, shown && shown.id, shown && shown.textContent, shown && shown.dataset.look, innerWidth, innerHeight]);
+  if (inputs === backTitleFor) return;
+  backTitleFor = inputs;
+  const bar = $('#navigation').getBoundingClientRect();
   const titleBox = shown ? shown.getBoundingClientRect() : { width: 0 };
   const titleWidth = shown === $('#nav-title-text') ? Math.min(textWidth(shown, shown.textContent), titleBox.width) : titleBox.width;
   const titleLeft = bar.left + (bar.width - titleWidth) / 2;

@@ -55,13 +55,16 @@ export class PageView {
     const desired = describeItems(page, picker);
     const record = (kind, id) => screen.animatedRows.push({ page: page.page, id, seq: effects.seq, kind });
 
-    // Rows that went away.
+    // Rows that went away; they slide out once every row is in place.
+    const leaving = [];
+    const entering = [];
     const wanted = new Set(desired.map((item) => item.key));
     for (const [key, node] of this.items) {
       if (wanted.has(key)) continue;
       this.items.delete(key);
       if (node.dataset.id && effects.removedIds.has(node.dataset.id)) {
-        leave(node);
+        markLeaving(node);
+        leaving.push(node);
         record('leave', node.dataset.id);
       } else {
         node.remove();
@@ -83,12 +86,13 @@ export class PageView {
       while (next && next.classList.contains('leaving')) next = next.nextSibling;
       if (next !== node) this.table.insertBefore(node, next);
       if (fresh && item.id && effects.insertedIds.has(item.id)) {
-        enter(node);
+        entering.push(node);
         record('enter', item.id);
       }
       previousNode = node;
     }
     this.shapeSections();
+    slide(entering, leaving);
     if (this.search) this.filter();
   }
 
@@ -210,23 +214,28 @@ function cellKind(row, picker) {
   }
 }
 
-function enter(node) {
-  const height = node.offsetHeight;
-  node.animate(
-    [{ height: '0px', opacity: 0, overflow: 'hidden' }, { height: `${height}px`, opacity: 1, overflow: 'hidden' }],
-    { duration: ROW_ANIMATION_MS, easing: 'ease-out' },
-  );
-}
-
-function leave(node) {
+/** A row about to slide out is gone for screen readers and the keyboard at once. */
+function markLeaving(node) {
   node.classList.add('leaving');
-  // A row sliding out is gone for screen readers and the keyboard at once.
   node.setAttribute('aria-hidden', 'true');
   node.inert = true;
-  const height = node.offsetHeight;
-  const animation = node.animate(
-    [{ height: `${height}px`, opacity: 1, overflow: 'hidden' }, { height: '0px', opacity: 0, overflow: 'hidden' }],
-    { duration: ROW_ANIMATION_MS, easing: 'ease-in', fill: 'forwards' },
-  );
-  animation.finished.then(() => node.remove(), () => node.remove());
+}
+
+/**
+ * Slides rows in and out, between no height and their own: the browser lays the rows out once, in
+ * the frame that shows them, instead of the page measuring each row as it draws.
+ */
+function slide(entering, leaving) {
+  const clip = { overflow: 'hidden' };
+  for (const node of entering) {
+    node.animate([{ height: '0px', opacity: 0, ...clip }, { height: 'auto', opacity: 1, ...clip }], { duration: ROW_ANIMATION_MS, easing: 'ease-out' });
+  }
+  for (const node of leaving) {
+    const animation = node.animate([{ height: 'auto', opacity: 1, ...clip }, { height: '0px', opacity: 0, ...clip }], {
+      duration: ROW_ANIMATION_MS,
+      easing: 'ease-in',
+      fill: 'forwards',
+    });
+    animation.finished.then(() => node.remove(), () => node.remove());
+  }
 }

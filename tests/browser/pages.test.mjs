@@ -39,8 +39,10 @@ test('every page controller draws the rows its session shows', async () => {
       continue;
     }
     const state = await server.state();
-    await page.locator(`.page.current[data-page="${name}"]`).waitFor();
-    const uid = await current(page).getAttribute('data-uid');
+    // The page opened, by its identity: opening the root page over the root page matches the page
+    // under it by name.
+    const uid = String(state.page.uid);
+    await page.locator(`.page.current[data-uid="${uid}"][data-page="${name}"]`).waitFor();
     if (await page.locator(`.blur-overlay:not([data-page="${uid}"])`).count()) failures.push(`${name}: drawn under a blur of another page`);
     const rows = await drawn(page);
     const indexes = rows.map((row) => row.index);

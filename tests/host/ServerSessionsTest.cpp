@@ -8,7 +8,9 @@
 #include <nlohmann/json.hpp>
 
 #include <chrono>
+#include <string>
 #include <thread>
+#include <vector>
 
 namespace {
 
@@ -17,8 +19,16 @@ using Json = nlohmann::json;
 struct Tab {
     const test::RunningServer& server;
     std::string id;
+    /// The loaded page the requests come from ("": they do not say).
+    std::string client = {};
 
-    httplib::Headers headers() const { return {{"X-Nimbra-Session", id}}; }
+    httplib::Headers headers() const
+    {
+        httplib::Headers headers{{"X-Nimbra-Session", id}};
+        if (!client.empty())
+            headers.emplace("X-Nimbra-Client", client);
+        return headers;
+    }
     /// Status and JSON answer of a request in this tab.
     std::pair<int, Json> post(const std::string& path, const Json& body = Json::object()) const
     {
@@ -115,18 +125,36 @@ TEST(ServerSessions, ARequestForEventsWaitsUntilOneHappens)
     EXPECT_EQ(quiet, 200);
     EXPECT_TRUE(nothing["events"].empty());
 
-    // A gesture of the tab (sent while the request waits) wakes it with the gesture's events; a
-    // gesture of another tab does not.
+    // A waiting request of a page is woken by what happens without a gesture: here the respring
+    // button turning back from "Sure?" 3 seconds after its tap. The page's own tap does not wake it
+    // (the tap's answer carried its events), nor do the gestures of another tab.
+    Tab page{server, tab.id, "page-load-1"};
+    ASSERT_EQ(page.post("/api/open", {{"class", "NIMBatteryLineColorsPrefsListController"}}).first, 200);
+    seq = page.get("/api/state").second["seq"];
     std::pair<int, Json> woken;
-    std::thread waiting([&] { woken = tab.get("/api/events?state=1&wait=20&since=" + std::to_string(seq), 25); });
+    std::thread waiting([&] { woken = page.get("/api/events?state=1&wait=20&since=" + std::to_string(seq), 25); });
     std::this_thread::sleep_for(std::chrono::milliseconds(300));
     ASSERT_EQ(other.post("/api/open", {{"class", "NIMNimbraSettingsPrefsListController"}}).first, 200);
-    std::this_thread::sleep_for(std::chrono::milliseconds(300));
-    ASSERT_EQ(tab.post("/api/open", {{"class", "NIMSpecialThanksPrefsListController"}}).first, 200);
+    auto [tapped, answer] = page.post("/api/call?since=" + std::to_string(seq), {{"name", "respring"}});
+    ASSERT_EQ(tapped, 200);
+    std::uint64_t answered = answer["seq"];
     waiting.join();
     ASSERT_EQ(woken.first, 200);
+    EXPECT_GT(woken.second["seq"].get<std::uint64_t>(), answered) << "woken by the tap's own events";
+    std::vector<std::string> titles;
+    for (auto& event : woken.second["events"])
+        if (event["event"] == "button")
+            titles.push_back(event["title"]);
+    EXPECT_EQ(titles, (std::vector<std::string>{"Sure?", "Respring"}));
+
+    // A gesture sent to the same session by anything but the waiting page wakes it with its events.
+    seq = woken.second["seq"];
+    std::thread waitingAgain([&] { woken = page.get("/api/events?state=1&wait=20&since=" + std::to_string(seq), 25); });
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    ASSERT_EQ(tab.post("/api/open", {{"class", "NIMSpecialThanksPrefsListController"}}).first, 200);
+    waitingAgain.join();
+    ASSERT_EQ(woken.first, 200);
     EXPECT_GT(woken.second["seq"].get<std::uint64_t>(), seq);
-    EXPECT_FALSE(woken.second["events"].empty());
     EXPECT_EQ(woken.second["state"]["page"]["page"], "NIMSpecialThanksPrefsListController");
     EXPECT_EQ(tab.get("/api/events?wait=x").first, 400);
 }
