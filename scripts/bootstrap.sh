@@ -5,7 +5,7 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 
 packages=(
-  build-essential cmake pkg-config
+  build-essential cmake pkg-config ccache python3
   libplist-dev libplist++-dev   # property lists, XML and binary
   libicu-dev                    # the regular expressions of NSRegularExpression
   libstb-dev                    # image decoding and PNG encoding
