@@ -1,6 +1,7 @@
 #include "host/JsonValue.h"
 
 #include "platform/ObjCRuntime.h"
+#include "platform/PropertyListSerialization.h"
 
 #include <algorithm>
 #include <cmath>
@@ -27,16 +28,6 @@ std::string base64(const std::vector<std::uint8_t>& bytes)
     return out;
 }
 
-std::string iso8601(double secondsSinceReferenceDate)
-{
-    constexpr double kReferenceDate = 978307200;  // 2001-01-01 in Unix time
-    std::time_t t = static_cast<std::time_t>(std::floor(secondsSinceReferenceDate + kReferenceDate));
-    std::tm tm {};
-    gmtime_r(&t, &tm);
-    char text[32];
-    std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", &tm);
-    return text;
-}
 
 }  // namespace
 
@@ -46,11 +37,15 @@ nlohmann::ordered_json toJson(const PlistValue& value)
     switch (value.kind()) {
     case Kind::Nil: return nullptr;
     case Kind::Boolean: return value.boolValue();
-    case Kind::Integer: return value.integerValue();
+    case Kind::Integer:
+        if (value.isLargeUnsigned())
+            return value.unsignedBits();
+        return value.integerValue();
     case Kind::Real: return value.doubleValue();
     case Kind::String: return value.stringValue();
     case Kind::Data: return base64(value.dataValue()->bytes);
-    case Kind::Date: return iso8601(value.dateValue()->secondsSinceReferenceDate);
+    case Kind::Date: return PropertyListSerialization::iso8601(value.dateValue()->secondsSinceReferenceDate);
+    case Kind::UID: return nlohmann::ordered_json{{"CF$UID", value.uidValue()->value}};
     case Kind::Array: {
         auto array = nlohmann::ordered_json::array();
         for (auto& item : value.arrayValue())

@@ -38,6 +38,32 @@ PlistValue::PlistValue(const ObjCClass* cls)
         _storage = cls;
 }
 
+PlistValue PlistValue::unsignedInteger(std::uint64_t value)
+{
+    PlistValue result;
+    if (value <= static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max()))
+        result._storage = static_cast<std::int64_t>(value);
+    else
+        result._storage = LargeUnsigned{value};
+    return result;
+}
+
+PlistValue::Kind PlistValue::kind() const
+{
+    if (std::holds_alternative<LargeUnsigned>(_storage))
+        return Kind::Integer;
+    return static_cast<Kind>(_storage.index());
+}
+
+std::uint64_t PlistValue::unsignedBits() const
+{
+    if (auto large = std::get_if<LargeUnsigned>(&_storage))
+        return large->value;
+    if (auto integer = std::get_if<std::int64_t>(&_storage))
+        return static_cast<std::uint64_t>(*integer);
+    return 0;
+}
+
 const PlistValue& PlistValue::nil()
 {
     static const PlistValue value;
@@ -86,7 +112,7 @@ bool PlistValue::boolValue() const
 {
     switch (kind()) {
     case Kind::Boolean: return std::get<bool>(_storage);
-    case Kind::Integer: return std::get<std::int64_t>(_storage) != 0;
+    case Kind::Integer: return unsignedBits() != 0;
     case Kind::Real: return std::get<double>(_storage) != 0.0;
     case Kind::String: return NSStringBoolValue(std::get<std::string>(_storage));
     default: return false;
@@ -97,7 +123,8 @@ std::int64_t PlistValue::integerValue() const
 {
     switch (kind()) {
     case Kind::Boolean: return std::get<bool>(_storage) ? 1 : 0;
-    case Kind::Integer: return std::get<std::int64_t>(_storage);
+    case Kind::Integer:
+        return isLargeUnsigned() ? std::numeric_limits<std::int64_t>::max() : std::get<std::int64_t>(_storage);
     case Kind::Real: {
         double d = std::get<double>(_storage);
         if (std::isnan(d))
@@ -117,7 +144,8 @@ double PlistValue::doubleValue() const
 {
     switch (kind()) {
     case Kind::Boolean: return std::get<bool>(_storage) ? 1.0 : 0.0;
-    case Kind::Integer: return static_cast<double>(std::get<std::int64_t>(_storage));
+    case Kind::Integer:
+        return isLargeUnsigned() ? static_cast<double>(unsignedBits()) : static_cast<double>(std::get<std::int64_t>(_storage));
     case Kind::Real: return std::get<double>(_storage);
     case Kind::String: {
         const std::string& s = std::get<std::string>(_storage);
@@ -169,6 +197,9 @@ bool PlistValue::operator==(const PlistValue& other) const
     if (isNumber() && other.isNumber()) {
         if (kind() == Kind::Real || other.kind() == Kind::Real)
             return doubleValue() == other.doubleValue();
+        // Integers are equal when their values are: 2^64-1 is not -1.
+        if (isLargeUnsigned() || other.isLargeUnsigned())
+            return isLargeUnsigned() == other.isLargeUnsigned() && unsignedBits() == other.unsignedBits();
         return integerValue() == other.integerValue();
     }
     if (kind() != other.kind())

@@ -1,8 +1,8 @@
 #pragma once
-// Checks of untrusted property-list bytes before libplist parses them. libplist aborts on a string
-// holding a NUL byte (an assertion in plist_get_string_val), recurses once per level of nesting,
-// and expands a binary plist's shared references into copies, so a small hostile file could abort
-// the process, overflow its stack or take all its memory. Bytes that fail a check are not a
+// Checks of untrusted property-list bytes before they are parsed. A parser recurses once per level
+// of nesting, and a binary plist's shared references may be expanded into copies by whoever reads
+// the values, so a small hostile file could overflow the stack or take all the memory; a NUL in a
+// string is refused as other readers (libplist) abort on it. Bytes that fail a check are not a
 // property list: callers treat them as they treat any malformed file.
 //
 // What is checked, without recursion and in time linear in the size (plus the objects reached):
@@ -27,8 +27,8 @@ inline constexpr std::size_t kMaxNodes = 1 << 20;
 /// The most bytes of strings and data a binary plist may expand to.
 inline constexpr std::size_t kMaxExpandedBytes = 64 << 20;
 
-/// Why the bytes must not be parsed, or nothing when libplist may parse them. Bytes that are
-/// neither XML nor binary pass (libplist refuses them itself).
+/// Why the bytes must not be parsed, or nothing when they may be. Bytes that are neither XML nor
+/// binary pass (the parser refuses them itself).
 std::optional<std::string> problem(std::string_view bytes);
 
 }  // namespace PropertyListCheck

@@ -2,167 +2,1141 @@
 
 #include "platform/PropertyListCheck.h"
 
-#include <plist/plist.h>
-
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <charconv>
+#include <cctype>
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <limits>
-#include <memory>
+#include <string>
+#include <vector>
 
+namespace PropertyListSerialization {
 namespace {
 
-struct NodeDeleter {
-    void operator()(void* node) const { plist_free(static_cast<plist_t>(node)); }
-};
-using Node = std::unique_ptr<void, NodeDeleter>;
+// ---------------------------------------------------------------------------------------------
+// Text helpers
 
-// Seconds between 1970-01-01 and 2001-01-01, for values that are dates.
-PlistValue fromNode(plist_t node, int depth)
+void appendUtf8(std::string& out, std::uint32_t code)
 {
-    if (!node || depth > static_cast<int>(PropertyListCheck::kMaxDepth))
-        return {};
-    switch (plist_get_node_type(node)) {
-    case PLIST_BOOLEAN: {
-        uint8_t b = 0;
-        plist_get_bool_val(node, &b);
-        return PlistValue(b != 0);
+    if (code < 0x80) {
+        out.push_back(static_cast<char>(code));
+    } else if (code < 0x800) {
+        out.push_back(static_cast<char>(0xC0 | (code >> 6)));
+        out.push_back(static_cast<char>(0x80 | (code & 0x3F)));
+    } else if (code < 0x10000) {
+        out.push_back(static_cast<char>(0xE0 | (code >> 12)));
+        out.push_back(static_cast<char>(0x80 | ((code >> 6) & 0x3F)));
+        out.push_back(static_cast<char>(0x80 | (code & 0x3F)));
+    } else {
+        out.push_back(static_cast<char>(0xF0 | (code >> 18)));
+        out.push_back(static_cast<char>(0x80 | ((code >> 12) & 0x3F)));
+        out.push_back(static_cast<char>(0x80 | ((code >> 6) & 0x3F)));
+        out.push_back(static_cast<char>(0x80 | (code & 0x3F)));
     }
-    case PLIST_UINT: {
-        uint64_t u = 0;
-        plist_get_uint_val(node, &u);
-        return PlistValue(static_cast<long long>(static_cast<int64_t>(u)));
+}
+
+/// UTF-16 code units (read by unit(i)) as UTF-8; an unpaired surrogate becomes U+FFFD.
+template <class Unit> std::string utf16ToUtf8(std::size_t count, Unit unit)
+{
+    std::string out;
+    out.reserve(count);
+    for (std::size_t i = 0; i < count; ++i) {
+        std::uint32_t code = unit(i);
+        if (code >= 0xD800 && code <= 0xDBFF && i + 1 < count) {
+            std::uint32_t low = unit(i + 1);
+            if (low >= 0xDC00 && low <= 0xDFFF) {
+                code = 0x10000 + ((code - 0xD800) << 10) + (low - 0xDC00);
+                ++i;
+            } else {
+                code = 0xFFFD;
+            }
+        } else if (code >= 0xD800 && code <= 0xDFFF) {
+            code = 0xFFFD;
+        }
+        appendUtf8(out, code);
     }
-    case PLIST_REAL: {
-        double d = 0;
-        plist_get_real_val(node, &d);
-        return PlistValue(d);
+    return out;
+}
+
+/// Decodes the UTF-8 character at text[i], advancing i; invalid bytes read as U+FFFD, one each.
+std::uint32_t nextCodePoint(std::string_view text, std::size_t& i)
+{
+    auto byte = [&](std::size_t at) { return static_cast<std::uint8_t>(text[at]); };
+    std::uint8_t lead = byte(i);
+    std::size_t length = lead < 0x80 ? 1 : (lead >> 5) == 0x6 ? 2 : (lead >> 4) == 0xE ? 3 : (lead >> 3) == 0x1E ? 4 : 0;
+    if (length == 1) {
+        ++i;
+        return lead;
     }
-    case PLIST_STRING: {
-        char* s = nullptr;
-        plist_get_string_val(node, &s);
-        PlistValue value(std::string(s ? s : ""));
-        std::free(s);
+    if (length == 0 || i + length > text.size()) {
+        ++i;
+        return 0xFFFD;
+    }
+    std::uint32_t code = lead & (0xFF >> (length + 1));
+    for (std::size_t k = 1; k < length; ++k) {
+        if ((byte(i + k) & 0xC0) != 0x80) {
+            ++i;
+            return 0xFFFD;
+        }
+        code = (code << 6) | (byte(i + k) & 0x3F);
+    }
+    static constexpr std::uint32_t smallest[] = {0, 0, 0x80, 0x800, 0x10000};
+    if (code < smallest[length] || code > 0x10FFFF || (code >= 0xD800 && code <= 0xDFFF)) {
+        ++i;
+        return 0xFFFD;
+    }
+    i += length;
+    return code;
+}
+
+/// UTF-16 text (after its byte-order mark) as UTF-8.
+std::string utf16TextToUtf8(std::string_view bytes, bool bigEndian)
+{
+    auto unit = [&](std::size_t i) -> std::uint32_t {
+        auto a = static_cast<std::uint8_t>(bytes[2 * i]), b = static_cast<std::uint8_t>(bytes[2 * i + 1]);
+        return bigEndian ? (a << 8 | b) : (b << 8 | a);
+    };
+    return utf16ToUtf8(bytes.size() / 2, unit);
+}
+
+// ---------------------------------------------------------------------------------------------
+// Dates: days from the civil calendar and back, over any year (proleptic Gregorian).
+
+constexpr std::int64_t kReferenceDays = 11323;  // 2001-01-01 in days since 1970-01-01
+
+std::int64_t daysFromCivil(std::int64_t y, unsigned m, unsigned d)
+{
+    y -= m <= 2;
+    const std::int64_t era = (y >= 0 ? y : y - 399) / 400;
+    const auto yoe = static_cast<unsigned>(y - era * 400);
+    const unsigned doy = (153 * (m + (m > 2 ? -3 : 9)) + 2) / 5 + d - 1;
+    const unsigned doe = yoe * 365 + yoe / 4 - yoe / 100 + doy;
+    return era * 146097 + static_cast<std::int64_t>(doe) - 719468;
+}
+
+void civilFromDays(std::int64_t z, std::int64_t& y, unsigned& m, unsigned& d)
+{
+    z += 719468;
+    const std::int64_t era = (z >= 0 ? z : z - 146096) / 146097;
+    const auto doe = static_cast<unsigned>(z - era * 146097);
+    const unsigned yoe = (doe - doe / 1460 + doe / 36524 - doe / 146096) / 365;
+    y = static_cast<std::int64_t>(yoe) + era * 400;
+    const unsigned doy = doe - (365 * yoe + yoe / 4 - yoe / 100);
+    const unsigned mp = (5 * doy + 2) / 153;
+    d = doy - (153 * mp + 2) / 5 + 1;
+    m = mp < 10 ? mp + 3 : mp - 9;
+    y += m <= 2;
+}
+
+// ---------------------------------------------------------------------------------------------
+// Binary reading
+
+constexpr std::string_view kBinaryMagic = "bplist00";
+
+class BinaryReader {
+public:
+    explicit BinaryReader(std::string_view bytes)
+        : _bytes(bytes)
+    {
+    }
+
+    std::optional<PlistValue> read()
+    {
+        if (_bytes.size() < kBinaryMagic.size() + 32)
+            return std::nullopt;
+        std::size_t trailer = _bytes.size() - 32;
+        _offsetSize = byte(trailer + 6);
+        _refSize = byte(trailer + 7);
+        _count = number(trailer + 8, 8);
+        std::uint64_t top = number(trailer + 16, 8);
+        _table = number(trailer + 24, 8);
+        if (_offsetSize < 1 || _offsetSize > 8 || _refSize < 1 || _refSize > 8 || _count == 0 || top >= _count ||
+            _table < kBinaryMagic.size() || _table >= trailer || _count > (trailer - _table) / _offsetSize)
+            return std::nullopt;
+        _cache.assign(_count, std::nullopt);
+        return object(top, 0);
+    }
+
+private:
+    std::uint8_t byte(std::uint64_t at) const { return static_cast<std::uint8_t>(_bytes[at]); }
+
+    std::uint64_t number(std::uint64_t at, std::size_t size) const
+    {
+        std::uint64_t value = 0;
+        for (std::size_t i = 0; i < size; ++i)
+            value = (value << 8) | byte(at + i);
         return value;
     }
-    case PLIST_DATA: {
-        char* bytes = nullptr;
-        uint64_t length = 0;
-        plist_get_data_val(node, &bytes, &length);
-        PlistData data;
-        if (bytes)
-            data.bytes.assign(reinterpret_cast<uint8_t*>(bytes), reinterpret_cast<uint8_t*>(bytes) + length);
-        std::free(bytes);
-        return PlistValue(std::move(data));
+
+    double real(std::uint64_t at, std::size_t size) const
+    {
+        if (size == 4)
+            return std::bit_cast<float>(static_cast<std::uint32_t>(number(at, 4)));
+        return std::bit_cast<double>(number(at, 8));
     }
-    case PLIST_DATE: {
-        int32_t sec = 0, usec = 0;
-        plist_get_date_val(node, &sec, &usec);
-        return PlistValue(PlistDate{sec + usec / 1e6});
+
+    /// The value of object index (shared when referred to again), or nothing when it is not one.
+    std::optional<PlistValue> object(std::uint64_t index, std::size_t depth)
+    {
+        if (index >= _count || depth > PropertyListCheck::kMaxDepth)
+            return std::nullopt;
+        if (_cache[index])
+            return _cache[index];
+        auto value = parse(index, depth);
+        if (value)
+            _cache[index] = value;
+        return value;
     }
-    case PLIST_ARRAY: {
-        PlistArray array;
-        uint32_t count = plist_array_get_size(node);
-        array.reserve(count);
-        for (uint32_t i = 0; i < count; ++i)
-            array.push_back(fromNode(plist_array_get_item(node, i), depth + 1));
-        return PlistValue(std::move(array));
+
+    std::optional<PlistValue> parse(std::uint64_t index, std::size_t depth)
+    {
+        const std::uint64_t end = _table;
+        std::uint64_t at = number(_table + index * _offsetSize, _offsetSize);
+        if (at < kBinaryMagic.size() || at >= end)
+            return std::nullopt;
+        std::uint8_t marker = byte(at);
+        unsigned type = marker >> 4, low = marker & 0x0F;
+        std::uint64_t content = at + 1;
+        std::uint64_t length = low;
+        if ((type == 0x4 || type == 0x5 || type == 0x6 || type == 0x7 || type == 0xA || type == 0xD) && low == 0x0F) {
+            if (content >= end)
+                return std::nullopt;
+            std::uint8_t sizeMarker = byte(content);
+            std::size_t size = std::size_t{1} << (sizeMarker & 0x0F);
+            if ((sizeMarker >> 4) != 0x1 || size > 8 || end - content - 1 < size)
+                return std::nullopt;
+            length = number(content + 1, size);
+            content += 1 + size;
+        }
+        const std::uint64_t room = end - content;
+        auto fits = [&](std::uint64_t units, std::uint64_t unit) { return units <= room / unit; };
+        switch (type) {
+        case 0x0:
+            if (marker == 0x08 || marker == 0x09)
+                return PlistValue(marker == 0x09);
+            return std::nullopt;  // null and fill are no values of a property list
+        case 0x1: {
+            if (low > 4 || !fits(std::uint64_t{1} << low, 1))
+                return std::nullopt;
+            if (low < 3)
+                return PlistValue(static_cast<long long>(number(content, std::size_t{1} << low)));
+            if (low == 3)
+                return PlistValue(static_cast<long long>(static_cast<std::int64_t>(number(content, 8))));
+            // 128 bits: what a 64-bit value, signed or unsigned, makes; nothing wider is kept.
+            std::uint64_t high = number(content, 8), lowBits = number(content + 8, 8);
+            if (high == 0)
+                return PlistValue::unsignedInteger(lowBits);
+            if (high == ~std::uint64_t{0} && (lowBits >> 63))
+                return PlistValue(static_cast<long long>(static_cast<std::int64_t>(lowBits)));
+            return std::nullopt;
+        }
+        case 0x2:
+            if ((low != 2 && low != 3) || !fits(std::uint64_t{1} << low, 1))
+                return std::nullopt;
+            return PlistValue(real(content, std::size_t{1} << low));
+        case 0x3:
+            if (low != 3 || !fits(8, 1))
+                return std::nullopt;
+            return PlistValue(PlistDate{real(content, 8)});
+        case 0x4: {
+            if (!fits(length, 1))
+                return std::nullopt;
+            auto first = reinterpret_cast<const std::uint8_t*>(_bytes.data() + content);
+            return PlistValue(PlistData{std::vector<std::uint8_t>(first, first + length)});
+        }
+        case 0x5: {
+            if (!fits(length, 1))
+                return std::nullopt;
+            std::string_view text = _bytes.substr(content, length);
+            bool ascii = true;
+            for (char c : text)
+                ascii = ascii && static_cast<std::uint8_t>(c) < 0x80;
+            if (ascii)
+                return PlistValue(text);
+            std::string latin1;  // bytes past ASCII are Latin-1 characters
+            for (char c : text)
+                appendUtf8(latin1, static_cast<std::uint8_t>(c));
+            return PlistValue(std::move(latin1));
+        }
+        case 0x6: {
+            if (!fits(length, 2))
+                return std::nullopt;
+            return PlistValue(utf16ToUtf8(length, [&](std::size_t i) {
+                return static_cast<std::uint32_t>(number(content + 2 * i, 2));
+            }));
+        }
+        case 0x7:
+            if (!fits(length, 1))
+                return std::nullopt;
+            return PlistValue(_bytes.substr(content, length));
+        case 0x8:
+            if (low > 7 || !fits(low + 1, 1))
+                return std::nullopt;
+            return PlistValue(PlistUID{number(content, low + 1)});
+        case 0xA: {
+            if (!fits(length, _refSize))
+                return std::nullopt;
+            PlistArray array;
+            array.reserve(length);
+            for (std::uint64_t i = 0; i < length; ++i) {
+                auto item = object(number(content + i * _refSize, _refSize), depth + 1);
+                if (!item)
+                    return std::nullopt;
+                array.push_back(std::move(*item));
+            }
+            return PlistValue(std::move(array));
+        }
+        case 0xD: {
+            if (length > room / 2 || !fits(length * 2, _refSize))
+                return std::nullopt;
+            PlistDictionary dictionary;
+            std::uint64_t values = content + length * _refSize;
+            for (std::uint64_t i = 0; i < length; ++i) {
+                auto key = object(number(content + i * _refSize, _refSize), depth + 1);
+                if (!key || !key->isString())
+                    return std::nullopt;
+                auto item = object(number(values + i * _refSize, _refSize), depth + 1);
+                if (!item)
+                    return std::nullopt;
+                dictionary.insert_or_assign(dictionary.end(), key->stringValue(), std::move(*item));
+            }
+            return PlistValue(std::move(dictionary));
+        }
+        default:
+            return std::nullopt;  // sets and unknown markers
+        }
     }
-    case PLIST_DICT: {
-        PlistDictionary dictionary;
-        plist_dict_iter it = nullptr;
-        plist_dict_new_iter(node, &it);
-        for (;;) {
-            char* key = nullptr;
-            plist_t item = nullptr;
-            plist_dict_next_item(node, it, &key, &item);
-            if (!item) {
-                std::free(key);
+
+    std::string_view _bytes;
+    std::uint8_t _offsetSize = 0, _refSize = 0;
+    std::uint64_t _count = 0, _table = 0;
+    std::vector<std::optional<PlistValue>> _cache;
+};
+
+// ---------------------------------------------------------------------------------------------
+// Binary writing
+
+class BinaryWriter {
+public:
+    std::string write(const PlistValue& top)
+    {
+        std::uint64_t count = countObjects(top);
+        _refSize = sizeFor(count > 0 ? count - 1 : 0);
+        _out.reserve(64 + count * 12);
+        _out.append(kBinaryMagic);
+        _offsets.reserve(count);
+        std::uint64_t topIndex = emit(top);
+        std::uint64_t table = _out.size();
+        std::uint8_t offsetSize = sizeFor(_offsets.empty() ? 0 : _offsets.back());
+        for (std::uint64_t offset : _offsets)
+            appendNumber(offset, offsetSize);
+        _out.append(6, '\0');
+        _out.push_back(static_cast<char>(offsetSize));
+        _out.push_back(static_cast<char>(_refSize));
+        appendNumber(_offsets.size(), 8);
+        appendNumber(topIndex, 8);
+        appendNumber(table, 8);
+        return std::move(_out);
+    }
+
+private:
+    static bool writable(const PlistValue& value)
+    {
+        auto kind = value.kind();
+        return kind != PlistValue::Kind::Nil && kind != PlistValue::Kind::Class;
+    }
+
+    static std::uint8_t sizeFor(std::uint64_t largest)
+    {
+        return largest <= 0xFF ? 1 : largest <= 0xFFFF ? 2 : largest <= 0xFFFFFFFF ? 4 : 8;
+    }
+
+    static std::uint64_t countObjects(const PlistValue& value)
+    {
+        std::uint64_t count = 1;
+        if (value.kind() == PlistValue::Kind::Array) {
+            for (const PlistValue& item : value.arrayValue())
+                if (writable(item))
+                    count += countObjects(item);
+        } else if (value.kind() == PlistValue::Kind::Dictionary) {
+            for (const auto& [key, item] : value.dictionaryValue())
+                if (writable(item))
+                    count += 1 + countObjects(item);
+        }
+        return count;
+    }
+
+    void appendNumber(std::uint64_t value, std::size_t size)
+    {
+        for (std::size_t i = size; i-- > 0;)
+            _out.push_back(static_cast<char>((value >> (8 * i)) & 0xFF));
+    }
+
+    void appendHeader(unsigned type, std::uint64_t length)
+    {
+        if (length < 15) {
+            _out.push_back(static_cast<char>(type << 4 | length));
+            return;
+        }
+        _out.push_back(static_cast<char>(type << 4 | 0x0F));
+        std::uint8_t size = sizeFor(length);
+        _out.push_back(static_cast<char>(0x10 | std::countr_zero(size)));
+        appendNumber(length, size);
+    }
+
+    std::uint64_t begin()
+    {
+        _offsets.push_back(_out.size());
+        return _offsets.size() - 1;
+    }
+
+    std::uint64_t emitString(std::string_view text)
+    {
+        std::uint64_t index = begin();
+        bool ascii = true;
+        for (char c : text)
+            if (static_cast<std::uint8_t>(c) >= 0x80) {
+                ascii = false;
                 break;
             }
-            if (key)
-                dictionary[key] = fromNode(item, depth + 1);
-            std::free(key);
+        if (ascii) {
+            appendHeader(0x5, text.size());
+            _out.append(text);
+            return index;
         }
-        std::free(it);
-        return PlistValue(std::move(dictionary));
+        std::vector<std::uint16_t> units;
+        units.reserve(text.size());
+        for (std::size_t i = 0; i < text.size();) {
+            std::uint32_t code = nextCodePoint(text, i);
+            if (code >= 0x10000) {
+                code -= 0x10000;
+                units.push_back(static_cast<std::uint16_t>(0xD800 + (code >> 10)));
+                units.push_back(static_cast<std::uint16_t>(0xDC00 + (code & 0x3FF)));
+            } else {
+                units.push_back(static_cast<std::uint16_t>(code));
+            }
+        }
+        appendHeader(0x6, units.size());
+        for (std::uint16_t unit : units)
+            appendNumber(unit, 2);
+        return index;
     }
-    case PLIST_UID: {
-        uint64_t u = 0;
-        plist_get_uid_val(node, &u);
-        return PlistValue(static_cast<long long>(u));
-    }
-    default:
-        return {};
-    }
-}
 
-plist_t toNode(const PlistValue& value)
-{
-    switch (value.kind()) {
-    case PlistValue::Kind::Boolean: return plist_new_bool(value.boolValue());
-    case PlistValue::Kind::Integer: return plist_new_uint(static_cast<uint64_t>(value.integerValue()));
-    case PlistValue::Kind::Real: return plist_new_real(value.doubleValue());
-    case PlistValue::Kind::String: return plist_new_string(value.stringValue().c_str());
-    case PlistValue::Kind::Data: {
-        const auto& bytes = value.dataValue()->bytes;
-        return plist_new_data(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+    std::uint64_t emit(const PlistValue& value)
+    {
+        using Kind = PlistValue::Kind;
+        switch (value.kind()) {
+        case Kind::Array: {
+            std::vector<std::uint64_t> refs;
+            refs.reserve(value.arrayValue().size());
+            for (const PlistValue& item : value.arrayValue())
+                if (writable(item))
+                    refs.push_back(emit(item));
+            std::uint64_t index = begin();
+            appendHeader(0xA, refs.size());
+            for (std::uint64_t ref : refs)
+                appendNumber(ref, _refSize);
+            return index;
+        }
+        case Kind::Dictionary: {
+            std::vector<std::uint64_t> keys, values;
+            keys.reserve(value.dictionaryValue().size());
+            values.reserve(value.dictionaryValue().size());
+            for (const auto& [key, item] : value.dictionaryValue())
+                if (writable(item)) {
+                    keys.push_back(emitString(key));
+                    values.push_back(emit(item));
+                }
+            std::uint64_t index = begin();
+            appendHeader(0xD, keys.size());
+            for (std::uint64_t ref : keys)
+                appendNumber(ref, _refSize);
+            for (std::uint64_t ref : values)
+                appendNumber(ref, _refSize);
+            return index;
+        }
+        case Kind::String: return emitString(value.stringValue());
+        default: break;
+        }
+        std::uint64_t index = begin();
+        switch (value.kind()) {
+        case Kind::Boolean: _out.push_back(value.boolValue() ? '\x09' : '\x08'); break;
+        case Kind::Integer: {
+            std::uint64_t bits = value.unsignedBits();
+            if (value.isLargeUnsigned()) {
+                _out.push_back('\x14');
+                appendNumber(0, 8);
+                appendNumber(bits, 8);
+            } else if (static_cast<std::int64_t>(bits) < 0 || bits > 0xFFFFFFFF) {
+                _out.push_back('\x13');
+                appendNumber(bits, 8);
+            } else {
+                std::uint8_t size = sizeFor(bits);
+                _out.push_back(static_cast<char>(0x10 | std::countr_zero(size)));
+                appendNumber(bits, size);
+            }
+            break;
+        }
+        case Kind::Real:
+            _out.push_back('\x23');
+            appendNumber(std::bit_cast<std::uint64_t>(value.doubleValue()), 8);
+            break;
+        case Kind::Date:
+            _out.push_back('\x33');
+            appendNumber(std::bit_cast<std::uint64_t>(value.dateValue()->secondsSinceReferenceDate), 8);
+            break;
+        case Kind::Data: {
+            const auto& bytes = value.dataValue()->bytes;
+            appendHeader(0x4, bytes.size());
+            _out.append(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+            break;
+        }
+        case Kind::UID: {
+            std::uint64_t uid = value.uidValue()->value;
+            std::uint8_t size = sizeFor(uid);
+            _out.push_back(static_cast<char>(0x80 | (size - 1)));
+            appendNumber(uid, size);
+            break;
+        }
+        default:  // nil and classes never reach here (the top level is a dictionary then)
+            _out.push_back('\xD0');
+            break;
+        }
+        return index;
     }
-    case PlistValue::Kind::Date: {
-        double seconds = value.dateValue()->secondsSinceReferenceDate;
-        auto whole = static_cast<int32_t>(seconds);
-        return plist_new_date(whole, static_cast<int32_t>((seconds - whole) * 1e6));
+
+    std::string _out;
+    std::vector<std::uint64_t> _offsets;
+    std::uint8_t _refSize = 1;
+};
+
+// ---------------------------------------------------------------------------------------------
+// XML reading
+
+class XmlReader {
+public:
+    explicit XmlReader(std::string_view text)
+        : _text(text)
+    {
     }
-    case PlistValue::Kind::Array: {
-        plist_t array = plist_new_array();
-        for (const PlistValue& item : value.arrayValue())
-            if (plist_t node = toNode(item))
-                plist_array_append_item(array, node);
-        return array;
+
+    std::optional<PlistValue> read()
+    {
+        if (!skipMisc())
+            return std::nullopt;
+        Tag tag;
+        if (!openTag(tag))
+            return std::nullopt;
+        std::optional<PlistValue> value;
+        if (tag.name == "plist") {
+            if (tag.empty)
+                return std::nullopt;
+            if (!skipMisc())
+                return std::nullopt;
+            Tag inner;
+            if (!openTag(inner) || !(value = valueOf(inner, 0)) || !skipMisc() || !closeTag("plist"))
+                return std::nullopt;
+        } else if (!(value = valueOf(tag, 0))) {
+            return std::nullopt;
+        }
+        if (!skipMisc() || _at != _text.size())
+            return std::nullopt;
+        return value;
     }
-    case PlistValue::Kind::Dictionary: {
-        plist_t dictionary = plist_new_dict();
-        for (const auto& [key, item] : value.dictionaryValue())
-            if (plist_t node = toNode(item))
-                plist_dict_set_item(dictionary, key.c_str(), node);
-        return dictionary;
+
+private:
+    struct Tag {
+        std::string_view name;
+        bool empty = false;
+    };
+
+    static bool isSpace(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
+
+    /// Skips white space, comments, processing instructions and the document type.
+    bool skipMisc()
+    {
+        for (;;) {
+            while (_at < _text.size() && isSpace(_text[_at]))
+                ++_at;
+            std::string_view rest = _text.substr(_at);
+            std::string_view end;
+            if (rest.starts_with("<!--"))
+                end = "-->";
+            else if (rest.starts_with("<?"))
+                end = "?>";
+            else if (rest.starts_with("<!DOCTYPE"))
+                end = ">";
+            else
+                return true;
+            std::size_t found = _text.find(end, _at + 2);
+            if (found == std::string_view::npos)
+                return false;
+            _at = found + end.size();
+        }
     }
-    default:
-        return nullptr;
+
+    /// Reads "<name attributes>" or "<name/>".
+    bool openTag(Tag& tag)
+    {
+        if (_at >= _text.size() || _text[_at] != '<' || _at + 1 >= _text.size() || _text[_at + 1] == '/')
+            return false;
+        std::size_t close = _text.find('>', _at);
+        if (close == std::string_view::npos)
+            return false;
+        std::string_view inside = _text.substr(_at + 1, close - _at - 1);
+        tag.empty = !inside.empty() && inside.back() == '/';
+        if (tag.empty)
+            inside.remove_suffix(1);
+        std::size_t nameEnd = 0;
+        while (nameEnd < inside.size() && !isSpace(inside[nameEnd]))
+            ++nameEnd;
+        tag.name = inside.substr(0, nameEnd);
+        _at = close + 1;
+        return !tag.name.empty();
     }
-}
+
+    bool closeTag(std::string_view name)
+    {
+        std::string_view rest = _text.substr(_at);
+        if (!rest.starts_with("</") || !rest.substr(2).starts_with(name))
+            return false;
+        std::size_t i = _at + 2 + name.size();
+        while (i < _text.size() && isSpace(_text[i]))
+            ++i;
+        if (i >= _text.size() || _text[i] != '>')
+            return false;
+        _at = i + 1;
+        return true;
+    }
+
+    /// The character data up to the closing tag of name, entities and CDATA decoded.
+    std::optional<std::string> textUntilClose(const Tag& tag)
+    {
+        std::string out;
+        if (tag.empty)
+            return out;
+        for (;;) {
+            if (_at >= _text.size())
+                return std::nullopt;
+            char c = _text[_at];
+            if (c == '<') {
+                std::string_view rest = _text.substr(_at);
+                if (rest.starts_with("<![CDATA[")) {
+                    std::size_t end = _text.find("]]>", _at + 9);
+                    if (end == std::string_view::npos)
+                        return std::nullopt;
+                    out.append(_text.substr(_at + 9, end - _at - 9));
+                    _at = end + 3;
+                    continue;
+                }
+                if (rest.starts_with("<!--")) {
+                    std::size_t end = _text.find("-->", _at + 4);
+                    if (end == std::string_view::npos)
+                        return std::nullopt;
+                    _at = end + 3;
+                    continue;
+                }
+                if (!closeTag(tag.name))
+                    return std::nullopt;
+                return out;
+            }
+            if (c == '&') {
+                std::size_t semicolon = _text.find(';', _at);
+                if (semicolon == std::string_view::npos || semicolon - _at > 12)
+                    return std::nullopt;
+                std::string_view entity = _text.substr(_at + 1, semicolon - _at - 1);
+                if (entity == "lt")
+                    out.push_back('<');
+                else if (entity == "gt")
+                    out.push_back('>');
+                else if (entity == "amp")
+                    out.push_back('&');
+                else if (entity == "quot")
+                    out.push_back('"');
+                else if (entity == "apos")
+                    out.push_back('\'');
+                else if (entity.size() > 1 && entity[0] == '#') {
+                    bool hex = entity[1] == 'x' || entity[1] == 'X';
+                    std::string_view digits = entity.substr(hex ? 2 : 1);
+                    std::uint32_t code = 0;
+                    auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), code, hex ? 16 : 10);
+                    if (digits.empty() || error != std::errc() || end != digits.data() + digits.size() || code == 0 ||
+                        code > 0x10FFFF || (code >= 0xD800 && code <= 0xDFFF))
+                        return std::nullopt;
+                    appendUtf8(out, code);
+                } else {
+                    return std::nullopt;
+                }
+                _at = semicolon + 1;
+                continue;
+            }
+            std::size_t next = _text.find_first_of("<&", _at);
+            if (next == std::string_view::npos)
+                next = _text.size();
+            out.append(_text.substr(_at, next - _at));
+            _at = next;
+        }
+    }
+
+    static std::string_view trimmed(std::string_view text)
+    {
+        while (!text.empty() && isSpace(text.front()))
+            text.remove_prefix(1);
+        while (!text.empty() && isSpace(text.back()))
+            text.remove_suffix(1);
+        return text;
+    }
+
+    static std::optional<PlistValue> integer(std::string_view text)
+    {
+        text = trimmed(text);
+        bool negative = !text.empty() && text[0] == '-';
+        if (!text.empty() && (text[0] == '-' || text[0] == '+'))
+            text.remove_prefix(1);
+        int base = 10;
+        if (text.size() > 2 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X')) {
+            base = 16;
+            text.remove_prefix(2);
+        }
+        std::uint64_t magnitude = 0;
+        auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), magnitude, base);
+        if (text.empty() || error != std::errc() || end != text.data() + text.size())
+            return std::nullopt;
+        if (!negative)
+            return PlistValue::unsignedInteger(magnitude);
+        if (magnitude > std::uint64_t{1} << 63)
+            return std::nullopt;
+        return PlistValue(static_cast<long long>(0 - magnitude));
+    }
+
+    static std::optional<PlistValue> real(std::string_view text)
+    {
+        std::string value(trimmed(text));
+        std::string lower;
+        for (char c : value)
+            lower.push_back(static_cast<char>(std::tolower(static_cast<unsigned char>(c))));
+        if (lower == "nan")
+            return PlistValue(std::numeric_limits<double>::quiet_NaN());
+        if (lower == "inf" || lower == "+inf" || lower == "infinity" || lower == "+infinity")
+            return PlistValue(std::numeric_limits<double>::infinity());
+        if (lower == "-inf" || lower == "-infinity")
+            return PlistValue(-std::numeric_limits<double>::infinity());
+        // strtod, not from_chars: a subnormal number reads as itself, not as out of range.
+        if (value.empty() || std::isspace(static_cast<unsigned char>(value[0])))
+            return std::nullopt;
+        char* end = nullptr;
+        double d = std::strtod(value.c_str(), &end);
+        if (end != value.c_str() + value.size())
+            return std::nullopt;
+        return PlistValue(d);
+    }
+
+    static std::optional<PlistValue> data(std::string_view text)
+    {
+        static constexpr std::array<std::int8_t, 256> decode = [] {
+            std::array<std::int8_t, 256> table{};
+            table.fill(-1);
+            const char* alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+            for (int i = 0; i < 64; ++i)
+                table[static_cast<std::uint8_t>(alphabet[i])] = static_cast<std::int8_t>(i);
+            return table;
+        }();
+        PlistData result;
+        result.bytes.reserve(text.size() * 3 / 4);
+        std::uint32_t buffer = 0;
+        int bits = 0;
+        for (char c : text) {
+            if (isSpace(c) || c == '=')
+                continue;
+            std::int8_t v = decode[static_cast<std::uint8_t>(c)];
+            if (v < 0)
+                return std::nullopt;
+            buffer = (buffer << 6) | static_cast<std::uint32_t>(v);
+            bits += 6;
+            if (bits >= 8) {
+                bits -= 8;
+                result.bytes.push_back(static_cast<std::uint8_t>((buffer >> bits) & 0xFF));
+            }
+        }
+        return PlistValue(std::move(result));
+    }
+
+    std::optional<PlistValue> valueOf(const Tag& tag, std::size_t depth)
+    {
+        if (depth > PropertyListCheck::kMaxDepth)
+            return std::nullopt;
+        std::string_view name = tag.name;
+        if (name == "true" || name == "false") {
+            if (!tag.empty && !closeTag(name))
+                return std::nullopt;
+            return PlistValue(name == "true");
+        }
+        if (name == "array")
+            return array(tag, depth);
+        if (name == "dict")
+            return dictionary(tag, depth);
+        auto text = textUntilClose(tag);
+        if (!text)
+            return std::nullopt;
+        if (name == "string")
+            return PlistValue(std::move(*text));
+        if (name == "integer")
+            return integer(*text);
+        if (name == "real")
+            return real(*text);
+        if (name == "data")
+            return data(*text);
+        if (name == "date") {
+            auto seconds = dateFromIso8601(trimmed(*text));
+            if (!seconds)
+                return std::nullopt;
+            return PlistValue(PlistDate{*seconds});
+        }
+        return std::nullopt;
+    }
+
+    std::optional<PlistValue> array(const Tag& tag, std::size_t depth)
+    {
+        PlistArray items;
+        if (tag.empty)
+            return PlistValue(std::move(items));
+        for (;;) {
+            if (!skipMisc())
+                return std::nullopt;
+            if (closeTag("array"))
+                return PlistValue(std::move(items));
+            Tag inner;
+            if (!openTag(inner))
+                return std::nullopt;
+            auto item = valueOf(inner, depth + 1);
+            if (!item)
+                return std::nullopt;
+            items.push_back(std::move(*item));
+        }
+    }
+
+    std::optional<PlistValue> dictionary(const Tag& tag, std::size_t depth)
+    {
+        PlistDictionary items;
+        if (tag.empty)
+            return PlistValue(std::move(items));
+        for (;;) {
+            if (!skipMisc())
+                return std::nullopt;
+            if (closeTag("dict"))
+                break;
+            Tag keyTag;
+            if (!openTag(keyTag) || keyTag.name != "key")
+                return std::nullopt;
+            auto key = textUntilClose(keyTag);
+            if (!key || !skipMisc())
+                return std::nullopt;
+            Tag inner;
+            if (!openTag(inner))
+                return std::nullopt;
+            auto item = valueOf(inner, depth + 1);
+            if (!item)
+                return std::nullopt;
+            items.insert_or_assign(std::move(*key), std::move(*item));
+        }
+        // A keyed archive's reference in XML: a dictionary holding only the integer "CF$UID".
+        if (items.size() == 1 && items.begin()->first == "CF$UID" && items.begin()->second.kind() == PlistValue::Kind::Integer &&
+            !(items.begin()->second.integerValue() < 0))
+            return PlistValue(PlistUID{items.begin()->second.unsignedBits()});
+        return PlistValue(std::move(items));
+    }
+
+    std::string_view _text;
+    std::size_t _at = 0;
+};
+
+// ---------------------------------------------------------------------------------------------
+// XML writing
+
+class XmlWriter {
+public:
+    std::string write(const PlistValue& top)
+    {
+        _out = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+               "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" \"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n"
+               "<plist version=\"1.0\">\n";
+        emit(top, 0);
+        _out += "</plist>\n";
+        return std::move(_out);
+    }
+
+private:
+    void indent(std::size_t depth) { _out.append(depth, '\t'); }
+
+    void escaped(std::string_view text)
+    {
+        for (std::size_t i = 0; i < text.size(); ++i) {
+            char c = text[i];
+            switch (c) {
+            case '&': _out += "&amp;"; break;
+            case '<': _out += "&lt;"; break;
+            case '>': _out += "&gt;"; break;
+            default:
+                if (static_cast<std::uint8_t>(c) < 0x20 && c != '\t' && c != '\n' && c != '\r') {
+                    char reference[8];
+                    std::snprintf(reference, sizeof reference, "&#x%X;", static_cast<unsigned>(c));
+                    _out += reference;
+                } else {
+                    _out.push_back(c);
+                }
+            }
+        }
+    }
+
+    void element(std::size_t depth, std::string_view name, std::string_view text)
+    {
+        indent(depth);
+        _out += '<';
+        _out += name;
+        _out += '>';
+        _out += text;
+        _out += "</";
+        _out += name;
+        _out += ">\n";
+    }
+
+    void emit(const PlistValue& value, std::size_t depth)
+    {
+        using Kind = PlistValue::Kind;
+        switch (value.kind()) {
+        case Kind::Nil:
+        case Kind::Class:
+            if (depth == 0) {
+                _out += "<dict/>\n";
+            }
+            return;
+        case Kind::Boolean:
+            indent(depth);
+            _out += value.boolValue() ? "<true/>\n" : "<false/>\n";
+            return;
+        case Kind::Integer:
+            element(depth, "integer",
+                    value.isLargeUnsigned() ? std::to_string(value.unsignedBits()) : std::to_string(value.integerValue()));
+            return;
+        case Kind::Real: {
+            double d = value.doubleValue();
+            if (std::isnan(d))
+                element(depth, "real", "nan");
+            else if (std::isinf(d))
+                element(depth, "real", d > 0 ? "+infinity" : "-infinity");
+            else {
+                char text[40];
+                auto result = std::to_chars(text, text + sizeof text, d);
+                element(depth, "real", std::string_view(text, static_cast<std::size_t>(result.ptr - text)));
+            }
+            return;
+        }
+        case Kind::String:
+            indent(depth);
+            _out += "<string>";
+            escaped(value.stringValue());
+            _out += "</string>\n";
+            return;
+        case Kind::Data: {
+            static constexpr char alphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+            const auto& bytes = value.dataValue()->bytes;
+            std::string text;
+            text.reserve(bytes.size() * 4 / 3 + 4);
+            for (std::size_t i = 0; i < bytes.size(); i += 3) {
+                std::uint32_t n = bytes[i] << 16;
+                if (i + 1 < bytes.size())
+                    n |= bytes[i + 1] << 8;
+                if (i + 2 < bytes.size())
+                    n |= bytes[i + 2];
+                text.push_back(alphabet[(n >> 18) & 63]);
+                text.push_back(alphabet[(n >> 12) & 63]);
+                text.push_back(i + 1 < bytes.size() ? alphabet[(n >> 6) & 63] : '=');
+                text.push_back(i + 2 < bytes.size() ? alphabet[n & 63] : '=');
+            }
+            element(depth, "data", text);
+            return;
+        }
+        case Kind::Date:
+            element(depth, "date", iso8601(value.dateValue()->secondsSinceReferenceDate));
+            return;
+        case Kind::UID:
+            indent(depth);
+            _out += "<dict>\n";
+            element(depth + 1, "key", "CF$UID");
+            element(depth + 1, "integer", std::to_string(value.uidValue()->value));
+            indent(depth);
+            _out += "</dict>\n";
+            return;
+        case Kind::Array:
+            indent(depth);
+            if (value.arrayValue().empty()) {
+                _out += "<array/>\n";
+                return;
+            }
+            _out += "<array>\n";
+            for (const PlistValue& item : value.arrayValue())
+                emit(item, depth + 1);
+            indent(depth);
+            _out += "</array>\n";
+            return;
+        case Kind::Dictionary:
+            indent(depth);
+            if (value.dictionaryValue().empty()) {
+                _out += "<dict/>\n";
+                return;
+            }
+            _out += "<dict>\n";
+            for (const auto& [key, item] : value.dictionaryValue()) {
+                if (item.isNil() || item.kind() == Kind::Class)
+                    continue;
+                indent(depth + 1);
+                _out += "<key>";
+                escaped(key);
+                _out += "</key>\n";
+                emit(item, depth + 1);
+            }
+            indent(depth);
+            _out += "</dict>\n";
+            return;
+        }
+    }
+
+    std::string _out;
+};
 
 }  // namespace
 
-namespace PropertyListSerialization {
+std::string iso8601(double seconds)
+{
+    if (!std::isfinite(seconds))
+        seconds = 0;
+    // Beyond about 2.9e11 years no calendar arithmetic is meaningful; such dates are clamped.
+    constexpr double kLimit = 9.0e18;
+    seconds = std::clamp(seconds, -kLimit, kLimit);
+    double whole = std::floor(seconds);
+    double fraction = seconds - whole;
+    auto total = static_cast<std::int64_t>(whole);
+    std::int64_t days = total / 86400, rest = total % 86400;
+    if (rest < 0) {
+        rest += 86400;
+        --days;
+    }
+    std::int64_t year = 0;
+    unsigned month = 0, day = 0;
+    civilFromDays(days + kReferenceDays, year, month, day);
+    char text[96];
+    const char* sign = year < 0 ? "-" : year > 9999 ? "+" : "";
+    std::snprintf(text, sizeof text, "%s%04lld-%02u-%02uT%02d:%02d:%02d", sign, static_cast<long long>(year < 0 ? -year : year),
+                  month, day, static_cast<int>(rest / 3600), static_cast<int>(rest / 60 % 60), static_cast<int>(rest % 60));
+    std::string out = text;
+    if (fraction > 0) {
+        // The fewest decimals that read back as the same double.
+        std::string decimals;
+        for (int digits = 1; digits <= 17; ++digits) {
+            char candidate[40];
+            std::snprintf(candidate, sizeof candidate, "%.*f", digits, fraction);
+            if (candidate[0] != '0')
+                continue;  // rounded up to a whole second
+            decimals = candidate + 1;
+            if (whole + std::strtod(candidate, nullptr) == seconds)
+                break;
+        }
+        out += decimals;
+    }
+    out += 'Z';
+    return out;
+}
+
+std::optional<double> dateFromIso8601(std::string_view text)
+{
+    std::size_t i = 0;
+    auto digits = [&](std::size_t count, std::int64_t& value) {
+        value = 0;
+        for (std::size_t k = 0; k < count; ++k, ++i) {
+            if (i >= text.size() || text[i] < '0' || text[i] > '9')
+                return false;
+            value = value * 10 + (text[i] - '0');
+        }
+        return true;
+    };
+    bool negative = false;
+    if (i < text.size() && (text[i] == '-' || text[i] == '+'))
+        negative = text[i++] == '-';
+    std::int64_t year = 0;
+    std::size_t yearDigits = 0;
+    while (i + yearDigits < text.size() && text[i + yearDigits] >= '0' && text[i + yearDigits] <= '9')
+        ++yearDigits;
+    if (yearDigits < 4 || yearDigits > 11 || !digits(yearDigits, year))
+        return std::nullopt;
+    if (negative)
+        year = -year;
+    std::int64_t month = 1, day = 1, hour = 0, minute = 0, second = 0;
+    double fraction = 0;
+    auto part = [&](char separator, std::int64_t& value) {
+        if (i < text.size() && text[i] == separator) {
+            ++i;
+            return digits(2, value) ? 1 : -1;
+        }
+        return 0;
+    };
+    int found = part('-', month);
+    if (found > 0 && (found = part('-', day)) > 0 && (found = part('T', hour)) > 0 && (found = part(':', minute)) > 0 &&
+        (found = part(':', second)) > 0 && i < text.size() && text[i] == '.') {
+        std::size_t start = i;
+        ++i;
+        while (i < text.size() && text[i] >= '0' && text[i] <= '9')
+            ++i;
+        if (i == start + 1)
+            return std::nullopt;
+        fraction = std::strtod(std::string(text.substr(start, i - start)).c_str(), nullptr);
+    }
+    if (found < 0 || i + 1 != text.size() || text[i] != 'Z')
+        return std::nullopt;
+    if (month < 1 || month > 12 || day < 1 || day > 31 || hour > 23 || minute > 59 || second > 60)
+        return std::nullopt;
+    std::int64_t days = daysFromCivil(year, static_cast<unsigned>(month), static_cast<unsigned>(day)) - kReferenceDays;
+    double whole = static_cast<double>(days * 86400 + hour * 3600 + minute * 60 + second);
+    return whole + fraction;
+}
 
 std::optional<PlistValue> propertyListWithData(std::string_view bytes)
 {
-    if (bytes.empty() || bytes.size() > std::numeric_limits<uint32_t>::max())
+    if (bytes.empty() || bytes.size() > std::numeric_limits<std::uint32_t>::max())
         return std::nullopt;
-    // Hostile bytes would abort libplist, overflow its stack or expand without bound.
-    if (PropertyListCheck::problem(bytes))
+    // XML in UTF-16 is read as the same text in UTF-8; a UTF-8 byte-order mark is skipped.
+    std::string transcoded;
+    if (bytes.size() >= 2 && ((bytes[0] == '\xFF' && bytes[1] == '\xFE') || (bytes[0] == '\xFE' && bytes[1] == '\xFF'))) {
+        if (bytes.size() % 2 != 0)
+            return std::nullopt;
+        transcoded = utf16TextToUtf8(bytes.substr(2), bytes[0] == '\xFE');
+        bytes = transcoded;
+    } else if (bytes.starts_with("\xEF\xBB\xBF")) {
+        bytes.remove_prefix(3);
+    }
+    // Hostile bytes are refused before any parse: no recursion past the depth, no expansion
+    // past the limits.
+    if (bytes.empty() || PropertyListCheck::problem(bytes))
         return std::nullopt;
-    plist_t raw = nullptr;
-    plist_from_memory(bytes.data(), static_cast<uint32_t>(bytes.size()), &raw);
-    Node node(raw);
-    if (!node)
+    if (bytes.starts_with(kBinaryMagic))
+        return BinaryReader(bytes).read();
+    if (bytes.starts_with("bplist"))
         return std::nullopt;
-    return fromNode(raw, 0);
+    return XmlReader(bytes).read();
 }
 
 std::string dataWithPropertyList(const PlistValue& value, Format format)
 {
-    Node node(value.isNil() ? plist_new_dict() : toNode(value));
-    if (!node)
-        node.reset(plist_new_dict());
-    char* bytes = nullptr;
-    uint32_t length = 0;
+    const bool writable = value.kind() != PlistValue::Kind::Nil && value.kind() != PlistValue::Kind::Class;
+    const PlistValue& top = writable ? value : PlistValue(PlistDictionary{});
     if (format == Format::Binary)
-        plist_to_bin(static_cast<plist_t>(node.get()), &bytes, &length);
-    else
-        plist_to_xml(static_cast<plist_t>(node.get()), &bytes, &length);
-    std::string out(bytes ? bytes : "", bytes ? length : 0);
-    std::free(bytes);
-    return out;
+        return BinaryWriter().write(top);
+    return XmlWriter().write(top);
 }
 
 }  // namespace PropertyListSerialization

@@ -1,5 +1,11 @@
 #pragma once
-// NSPropertyListSerialization over libplist: property lists to and from bytes, XML or binary.
+// NSPropertyListSerialization: property lists to and from bytes, XML or binary ("bplist00").
+//
+// Every value a property list can hold is read exactly as stored and written back the same:
+// integers from -2^63 to 2^64-1, reals and dates as the doubles they are (a binary date keeps its
+// fraction and any year), UIDs, data and strings with any character. XML may be UTF-8 (with or
+// without a byte-order mark) or UTF-16 with its byte-order mark. Reading and writing take time
+// linear in the size of the property list.
 
 #include "platform/PlistValue.h"
 
@@ -12,10 +18,20 @@ namespace PropertyListSerialization {
 enum class Format { XML, Binary };
 
 /// Parses XML or binary property-list bytes; nothing when they are not a property list or fail
-/// PropertyListCheck (hostile bytes never reach libplist).
+/// PropertyListCheck (hostile bytes are refused before they are parsed).
 std::optional<PlistValue> propertyListWithData(std::string_view bytes);
-/// Encodes a value. Class objects, having no property-list form, are left out; nil becomes an
-/// empty dictionary only at the top level.
+/// Encodes a value. Class objects and nil, having no property-list form, are left out of arrays
+/// and dictionaries; a top level that is neither a property list value becomes an empty dictionary.
+/// XML cannot hold every value: a string's control characters are written as character
+/// references and a date's fraction of a second as decimals, which only this reader reads back;
+/// the binary format holds everything exactly.
 std::string dataWithPropertyList(const PlistValue& value, Format format);
+
+/// A date as ISO 8601 text in UTC ("2001-01-01T00:00:00Z"), with the fraction of a second when
+/// it has one ("...:00.25Z"), over any year (before year 1 and after 9999 with more digits or a sign).
+std::string iso8601(double secondsSinceReferenceDate);
+/// The date of ISO 8601 text as a property list writes it ("YYYY[-MM[-DD[THH[:MM[:SS[.F]]]]]]Z",
+/// the year optionally signed and longer); nothing for other text.
+std::optional<double> dateFromIso8601(std::string_view text);
 
 }  // namespace PropertyListSerialization
