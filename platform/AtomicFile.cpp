@@ -3,10 +3,12 @@
 #include "platform/SystemCalls.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cctype>
+#include <cstdio>
 #include <cerrno>
 #include <cstring>
 #include <system_error>
@@ -21,20 +23,46 @@ std::string failed(const char* what)
     return std::string(what) + " (" + std::strerror(errno) + ")";
 }
 
-/// Writes bytes to a new temporary file beside path, flushed; its name, or what failed.
-std::optional<std::string> writeTemporary(const fs::path& path, std::string_view bytes, std::string& temporary)
+/// Gives the new file at fd the mode and owner of the file it replaces, or the umask's mode.
+std::optional<std::string> takeOverMode(int fd, const fs::path& path)
+{
+    struct stat st {};
+    if (::stat(path.c_str(), &st) == 0 && S_ISREG(st.st_mode)) {
+        // Another owner is kept where the process may give it (as root); otherwise the file is ours.
+        if ((st.st_uid != ::geteuid() || st.st_gid != ::getegid()) && ::fchown(fd, st.st_uid, st.st_gid) != 0 &&
+            errno != EPERM)
+            return failed("cannot give the file its owner");
+        if (::fchmod(fd, st.st_mode & 07777) != 0)
+            return failed("cannot set the file's permissions");
+        return std::nullopt;
+    }
+    if (::fchmod(fd, 0666 & ~currentUmask()) != 0)
+        return failed("cannot set the file's permissions");
+    return std::nullopt;
+}
+
+/// Writes bytes to a new temporary file beside path, flushed; its name, or what failed. With a
+/// staged name, that is the temporary file's name.
+std::optional<std::string> writeTemporary(const fs::path& path, std::string_view bytes, std::string& temporary,
+                                          Temporary naming = Temporary::Unique, const fs::path* staged = nullptr)
 {
     std::error_code ec;
     fs::create_directories(path.parent_path(), ec);
-    temporary = (path.parent_path() / ("." + path.filename().string() + ".XXXXXX")).string();
-    int fd = SystemCalls::createTemporary(temporary.data());
+    int fd = -1;
+    if (naming == Temporary::Fixed || staged) {
+        temporary = staged ? staged->string() : temporaryName(path).string();
+        // What a killed writer left goes first; the lock the caller holds keeps others away.
+        ::unlink(temporary.c_str());
+        fd = SystemCalls::createFile(temporary.c_str(), 0600);
+    } else {
+        temporary = (path.parent_path() / ("." + path.filename().string() + ".XXXXXX")).string();
+        fd = SystemCalls::createTemporary(temporary.data());
+    }
     if (fd < 0) {
         temporary.clear();
         return failed("cannot create a temporary file");
     }
-    std::optional<std::string> problem;
-    if (::fchmod(fd, 0644) != 0)
-        problem = failed("cannot set the file's permissions");
+    std::optional<std::string> problem = takeOverMode(fd, path);
     for (std::size_t written = 0; !problem && written < bytes.size();) {
         ssize_t n = SystemCalls::write(fd, bytes.data() + written, bytes.size() - written);
         if (n < 0 && errno == EINTR)
@@ -129,16 +157,27 @@ std::optional<std::string> read(const fs::path& path, std::size_t limit, Links l
     return std::move(contents.bytes);
 }
 
-std::optional<std::string> replace(const fs::path& path, std::string_view bytes)
+std::optional<std::string> replace(const fs::path& path, std::string_view bytes, Temporary naming)
 {
     std::string temporary;
-    if (auto problem = writeTemporary(path, bytes, temporary))
+    if (auto problem = writeTemporary(path, bytes, temporary, naming))
         return problem;
     if (SystemCalls::rename(temporary.c_str(), path.c_str()) != 0) {
         std::string problem = failed("cannot rename the new file into place");
         ::unlink(temporary.c_str());
         return problem;
     }
+    return flushFolder(path);
+}
+
+std::optional<std::string> stage(const fs::path& staged, std::string_view bytes, const fs::path& target)
+{
+    std::string temporary;
+    return writeTemporary(target, bytes, temporary, Temporary::Fixed, &staged);
+}
+
+std::optional<std::string> flushFolderOf(const fs::path& path)
+{
     return flushFolder(path);
 }
 
@@ -159,6 +198,51 @@ bool create(const fs::path& path, std::string_view bytes)
     bool linked = ::link(temporary.c_str(), path.c_str()) == 0 || errno == EEXIST;
     ::unlink(temporary.c_str());
     return linked && !flushFolder(path);
+}
+
+fs::path temporaryName(const fs::path& path)
+{
+    return path.parent_path() / ("." + path.filename().string() + ".nimtmp");
+}
+
+unsigned currentUmask()
+{
+    // umask() both reads and sets, which another thread could see: the kernel reports it instead.
+    if (FILE* status = std::fopen("/proc/self/status", "re")) {
+        char line[256];
+        unsigned mask = 0;
+        bool found = false;
+        while (!found && std::fgets(line, sizeof line, status))
+            found = std::sscanf(line, "Umask: %o", &mask) == 1;
+        std::fclose(status);
+        if (found)
+            return mask & 0777;
+    }
+    mode_t mask = ::umask(022);
+    ::umask(mask);
+    return mask & 0777;
+}
+
+WriteLock::WriteLock(const fs::path& lockFile)
+{
+    std::error_code ec;
+    fs::create_directories(lockFile.parent_path(), ec);
+    _fd = SystemCalls::open(lockFile.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0644);
+    int result = _fd < 0 ? -1 : 0;
+    while (_fd >= 0 && (result = SystemCalls::flock(_fd, LOCK_EX)) != 0 && errno == EINTR) {
+    }
+    if (result != 0) {
+        _problem = failed("cannot take the lock");
+        if (_fd >= 0)
+            ::close(_fd);
+        _fd = -1;
+    }
+}
+
+WriteLock::~WriteLock()
+{
+    if (_fd >= 0)
+        ::close(_fd);  // closing releases the lock
 }
 
 bool isTemporaryName(std::string_view name, std::string_view targetName)

@@ -24,58 +24,17 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr std::string_view preferencesDirectory = "/var/jb/var/mobile/Library/Preferences/";
-constexpr std::string_view locksDirectory = "/var/jb/var/mobile/Library/Caches/com.veltram.nimbraprefs.locks/";
 
 const PlistDictionary emptyValues;
 
 /// How often the write path reads a file that could not be read before it gives up.
 constexpr int kReadAttempts = 3;
 
-/// An exclusive flock on the domain's lock file, held for the life of the object. A lock that
-/// cannot be taken is reported by held() and problem(): nothing is written without it.
-class DomainLock {
-public:
-    explicit DomainLock(const std::string& identifier)
-    {
-        std::string logical = std::string(locksDirectory) + identifier + ".lock";
-        auto path = Process::current().hostPath(logical);
-        if (!path) {
-            _problem = "the lock file " + logical + " is outside the root";
-            return;
-        }
-        std::error_code ec;
-        fs::create_directories(path->parent_path(), ec);
-        _fd = SystemCalls::open(path->c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0644);
-        int result = _fd < 0 ? -1 : 0;
-        while (_fd >= 0 && (result = SystemCalls::flock(_fd, LOCK_EX)) != 0 && errno == EINTR) {
-        }
-        if (result != 0) {
-            _problem = "cannot take the lock " + logical + " (" + std::strerror(errno) + ")";
-            if (_fd >= 0)
-                ::close(_fd);
-            _fd = -1;
-            return;
-        }
-        _takenAt = fs::file_time_type::clock::now();
-    }
-    ~DomainLock()
-    {
-        if (_fd >= 0)
-            ::close(_fd);  // closing releases the lock
-    }
-    DomainLock(const DomainLock&) = delete;
-    DomainLock& operator=(const DomainLock&) = delete;
-
-    bool held() const { return _fd >= 0; }
-    const std::string& problem() const { return _problem; }
-    /// When the lock was taken: every writer that started before has finished or died.
-    fs::file_time_type takenAt() const { return _takenAt; }
-
-private:
-    int _fd = -1;
-    std::string _problem;
-    fs::file_time_type _takenAt;
-};
+/// The lock file that orders the writes of a domain; nothing when it lies outside the root.
+std::optional<fs::path> lockFile(const std::string& identifier)
+{
+    return Process::current().hostPath(std::string(NSFileManager::kLocksDirectory) + identifier + ".lock");
+}
 
 std::string utcTimestamp()
 {
@@ -96,25 +55,6 @@ bool moveAside(const fs::path& file)
     for (int n = 2; fs::exists(fs::symlink_status(target, ec)); ++n)
         target = base + "-" + std::to_string(n);
     return SystemCalls::rename(file.c_str(), target.c_str()) == 0;
-}
-
-/// Removes the temporary files of writes of file that were interrupted (the writer was killed):
-/// only files of the writer's own naming pattern, modified before the domain's lock was taken by
-/// the caller, which holds it.
-void removeInterruptedWrites(const fs::path& file, fs::file_time_type lockTakenAt)
-{
-    std::error_code ec;
-    std::string name = file.filename().string();
-    for (fs::directory_iterator it(file.parent_path(), ec), end; !ec && it != end; it.increment(ec)) {
-        const fs::path& entry = it->path();
-        if (!AtomicFile::isTemporaryName(entry.filename().string(), name))
-            continue;
-        std::error_code entryError;
-        auto status = fs::symlink_status(entry, entryError);
-        auto modified = fs::last_write_time(entry, entryError);
-        if (!entryError && fs::is_regular_file(status) && modified <= lockTakenAt)
-            fs::remove(entry, entryError);
-    }
 }
 
 }  // namespace
@@ -159,7 +99,7 @@ HBPreferences::Stored HBPreferences::load() const
         return stored;
     case AtomicFile::ReadStatus::Unreadable:
         stored.state = Stored::State::Unreadable;
-        stored.problem = pathForIdentifier(_identifier) + ": " + contents.problem;
+        stored.problem = contents.problem;
         return stored;
     case AtomicFile::ReadStatus::Unusable:
         stored.state = Stored::State::Corrupt;
@@ -240,12 +180,42 @@ PlistDictionary HBPreferences::dictionaryRepresentation()
     return current();
 }
 
-bool HBPreferences::refuse(std::string_view what, const std::string& problem) const
+namespace {
+thread_local const HBPreferences::RowWrite* currentRowWrite = nullptr;
+}
+
+HBPreferences::RowWrite::RowWrite(std::string label, std::string page)
+    : _label(std::move(label))
+    , _page(std::move(page))
+    , _outer(currentRowWrite)
 {
-    Process::current().events().record({{"event", "error"},
-                                        {"message", "could not store " + std::string(what) + " in " + _identifier + ": " + problem},
-                                        {"domain", _identifier},
-                                        {"write", true}});
+    currentRowWrite = this;
+}
+
+HBPreferences::RowWrite::~RowWrite()
+{
+    currentRowWrite = _outer;
+}
+
+const HBPreferences::RowWrite* HBPreferences::RowWrite::current()
+{
+    return currentRowWrite;
+}
+
+bool HBPreferences::refuse(std::string_view what, const std::string& reason) const
+{
+    EventLog::Event event{{"event", "error"},
+                          {"message", "could not store " + std::string(what) + " in " + _identifier + ": " + reason},
+                          {"domain", _identifier},
+                          {"key", _writingKey},
+                          {"reason", reason},
+                          {"path", pathForIdentifier(_identifier)},
+                          {"write", true}};
+    if (const RowWrite* row = RowWrite::current()) {
+        event["label"] = row->label();
+        event["page"] = row->page();
+    }
+    Process::current().events().record(std::move(event));
     return false;
 }
 
@@ -261,12 +231,19 @@ bool HBPreferences::store(const PlistDictionary& values, bool corrupt, std::stri
 {
     _snapshot.reset();
     if (corrupt && !moveAside(*_file))
-        return refuse(what, "the damaged file " + pathForIdentifier(_identifier) + " cannot be moved aside (" +
-                                std::strerror(errno) + "); nothing was changed");
+        return refuse(what, std::string("the damaged file cannot be moved aside (") + std::strerror(errno) +
+                                "); nothing was changed");
     std::string bytes = PropertyListSerialization::dataWithPropertyList(PlistValue(values),
                                                                         PropertyListSerialization::Format::Binary);
-    if (auto problem = AtomicFile::replace(*_file, bytes))
-        return refuse(what, pathForIdentifier(_identifier) + ": " + *problem);
+    // The domain's lock is held: the temporary file has its one name, and one that a killed writer
+    // left is replaced without looking through the folder.
+    if (auto problem = AtomicFile::replace(*_file, bytes, AtomicFile::Temporary::Fixed))
+        return refuse(what, *problem);
+    // What was just written is what the next read finds (writers that take the lock wait for it):
+    // kept, so that the next read does not parse the file again.
+    struct stat st {};
+    if (::stat(_file->c_str(), &st) == 0 && static_cast<std::size_t>(st.st_size) == bytes.size())
+        _snapshot = Snapshot{st.st_dev, st.st_ino, st.st_size, st.st_mtim, values};
     HBPreferencesReadPass::forget(*this);
     return true;
 }
@@ -276,13 +253,15 @@ bool HBPreferences::modify(std::string_view what, Change change)
 {
     if (!_file)
         return refuse(what, "\"" + _identifier + "\" names no preference file");
-    DomainLock lock(_identifier);
+    auto lockPath = lockFile(_identifier);
+    if (!lockPath)
+        return refuse(what, "the domain's lock file is outside the root; nothing was changed");
+    AtomicFile::WriteLock lock(*lockPath);
     if (!lock.held())
         return refuse(what, lock.problem() + "; nothing was changed");
-    removeInterruptedWrites(*_file, lock.takenAt());
     Stored stored = loadForWrite();
     if (stored.state == Stored::State::Unreadable)
-        return refuse(what, stored.problem + "; nothing was changed");
+        return refuse(what, "the file cannot be read (" + stored.problem + "); nothing was changed");
     if (!change(stored.values, stored.state != Stored::State::Missing))
         return true;
     return store(stored.values, stored.state == Stored::State::Corrupt, what);
@@ -290,6 +269,7 @@ bool HBPreferences::modify(std::string_view what, Change change)
 
 bool HBPreferences::setObject(const PlistValue& value, std::string_view key)
 {
+    _writingKey = key;
     return modify("\"" + std::string(key) + "\"", [&](PlistDictionary& values, bool) {
         if (value.isNil())
             return values.erase(std::string(key)) > 0;
@@ -304,6 +284,7 @@ bool HBPreferences::setObject(const PlistValue& value, std::string_view key)
 
 bool HBPreferences::removeAllObjects()
 {
+    _writingKey.clear();
     return modify("an empty domain", [](PlistDictionary& values, bool existed) {
         values.clear();
         return existed;
@@ -312,6 +293,7 @@ bool HBPreferences::removeAllObjects()
 
 bool HBPreferences::replaceAllObjects(const PlistDictionary& contents)
 {
+    _writingKey.clear();
     return modify("the restored domain", [&](PlistDictionary& values, bool) {
         values = contents;
         return true;

@@ -8,16 +8,20 @@
 // - A write is a read-modify-write of the file under an advisory lock per domain, so two processes
 //   writing different keys lose neither, and every key the bundle does not know is kept. The file
 //   is replaced atomically (temporary file, fsync, rename, fsync of the folder). A lock that cannot
-//   be taken refuses the write. Temporary files left by writers that were killed are removed by the
-//   next write of the domain.
+//   be taken refuses the write. Under the lock the temporary file has one fixed name per domain
+//   (".<identifier>.plist.nimtmp"), so the one a killed writer left is replaced by the next write
+//   of the domain, at a cost that does not grow with the folder. New files follow the umask;
+//   rewritten files keep their mode and owner.
 // - A file that cannot be read (an I/O error, no permission) is read again; when it still cannot
 //   be read the write is refused and the file left as it is.
 // - A file that cannot be parsed (PropertyListCheck refuses hostile bytes before parsing), whose top
 //   level is not a dictionary, that is not a regular file or that is larger than kMaximumFileSize
 //   reads as empty. It is never destroyed silently: the first write moves it aside to
 //   "<name>.plist.corrupt-<UTC timestamp>" before writing a new file.
-// - A write that fails records {"event":"error","message":...,"domain":IDENTIFIER,"write":true} and
-//   answers false; a write answered true is on disk.
+// - A write that fails records {"event":"error","message":...,"domain":IDENTIFIER,"key":KEY,
+//   "reason":...,"path":DEVICE PATH,"write":true} and answers false; a write answered true is on
+//   disk. The message and the reason name no path. A write made for a row of a page (see
+//   RowWrite) also carries the row's "label" and the page's "page" title.
 // - An identifier that is not a plain file name (empty, "." or "..", containing "/") names no file:
 //   it reads as empty and every write fails.
 
@@ -63,6 +67,25 @@ public:
     /// Every stored key and value.
     PlistDictionary dictionaryRepresentation();
 
+    /// While one lives on this thread, the writes it makes are for one row of a page: their error
+    /// events name the row's label and the page's title.
+    class RowWrite {
+    public:
+        RowWrite(std::string label, std::string page);
+        ~RowWrite();
+        RowWrite(const RowWrite&) = delete;
+        RowWrite& operator=(const RowWrite&) = delete;
+
+        const std::string& label() const { return _label; }
+        const std::string& page() const { return _page; }
+        static const RowWrite* current();
+
+    private:
+        std::string _label;
+        std::string _page;
+        const RowWrite* _outer;
+    };
+
     /// Stores value under key (nil removes the key). True once the file is safely on disk; false,
     /// with an `error` event saying why, when it is not.
     bool setObject(const PlistValue& value, std::string_view key);
@@ -97,10 +120,12 @@ private:
     /// The write path: under the domain's lock, change(values, existed) edits what the file holds;
     /// when it answers true the result is stored. `what` names the change in error messages.
     template <class Change> bool modify(std::string_view what, Change change);
+    /// The key of the write being made, for its error event ("" for whole-domain writes).
+    std::string _writingKey;
     /// Moves a corrupt file aside and replaces the file with values.
     bool store(const PlistDictionary& values, bool corrupt, std::string_view what);
-    /// Records why a write of `what` failed; false.
-    bool refuse(std::string_view what, const std::string& problem) const;
+    /// Records why a write of `what` (under key, when one key) failed; false. The reason names no path.
+    bool refuse(std::string_view what, const std::string& reason) const;
 
     std::string _identifier;
     std::optional<std::filesystem::path> _file;

@@ -53,7 +53,15 @@ std::optional<std::string> NSFileManager::contentsAtPath(std::string_view path, 
 bool NSFileManager::writeAtomically(std::string_view path, std::string_view bytes) const
 {
     auto host = Process::current().hostPath(path);
-    return host && AtomicFile::write(*host, bytes);
+    if (!host)
+        return false;
+    // Writes of one file name are ordered by one lock, so the file has one temporary name and the
+    // one a killed writer left is replaced by the next write, as a domain's is.
+    auto lockFile = Process::current().hostPath(std::string(kLocksDirectory) + "files/" + host->filename().string() + ".lock");
+    if (!lockFile)
+        return false;
+    AtomicFile::WriteLock lock(*lockFile);
+    return lock.held() && !AtomicFile::replace(*host, bytes, AtomicFile::Temporary::Fixed);
 }
 
 namespace {

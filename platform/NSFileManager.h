@@ -13,6 +13,9 @@
 
 class NSFileManager {
 public:
+    /// The folder of the lock files that order the writes of domains and other files.
+    static constexpr std::string_view kLocksDirectory = "/var/jb/var/mobile/Library/Caches/com.veltram.nimbraprefs.locks/";
+
     static NSFileManager& defaultManager();
 
     /// Whether something is at path, following links (a link whose target is missing does not
@@ -23,6 +26,9 @@ public:
     /// The file's bytes, or nothing when it is missing, unreadable or larger than limit.
     std::optional<std::string> contentsAtPath(std::string_view path, std::size_t limit = 64 << 20) const;
     /// writeToFile:atomically:YES, creating missing folders; false on failure (nothing half written).
+    /// Writes of one file name are ordered by a lock; a new file follows the umask, a rewritten one
+    /// keeps its mode and owner; the temporary file of a write that was killed is replaced by the
+    /// next write of the file.
     bool writeAtomically(std::string_view path, std::string_view bytes) const;
     /// enumeratorAtPath: every item below a folder, as paths relative to it, each folder before its
     /// contents (in name order, for a repeatable walk). The folder may itself be a link to a folder;

@@ -87,4 +87,9 @@ int createTemporary(char* pattern)
     return faulted(Call::CreateTemporary) ? -1 : ::mkostemp(pattern, O_CLOEXEC);
 }
 
+int createFile(const char* path, mode_t mode)
+{
+    return faulted(Call::CreateTemporary) ? -1 : ::open(path, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, mode);
+}
+
 }  // namespace SystemCalls

@@ -29,5 +29,8 @@ int rename(const char* from, const char* to);
 int flock(int fd, int operation);
 /// mkostemp(pattern, O_CLOEXEC).
 int createTemporary(char* pattern);
+/// open(path, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, mode): a new temporary file of
+/// a known name; its faults are those of createTemporary (Call::CreateTemporary).
+int createFile(const char* path, mode_t mode);
 
 }  // namespace SystemCalls

@@ -124,19 +124,15 @@ TEST(HostileFiles, TemporaryFilesOfKilledWritersGoWithTheNextWrite)
     test::TempDir root;
     fs::path folder = test::under(root.path(), kPreferences);
     fs::create_directories(folder);
-    auto old = fs::file_time_type::clock::now() - std::chrono::minutes(5);
-    for (const char* name : {"Ab3dE9", "zzzzzz", "000000"}) {
-        fs::path stale = folder / ("." + kDomain + ".plist." + name);
-        test::writeFile(stale, "half a plist");
-        fs::last_write_time(stale, old);
-    }
-    // Not of the writer's pattern, or of another domain: kept.
-    for (std::string name : {"." + kDomain + ".plist.keep", "." + kDomain + ".plist.ABCDEFG", std::string(".com.other.plist.Ab3dE9")})
+    // What a killed writer leaves: the domain's one temporary file, half written.
+    test::writeFile(folder / ("." + kDomain + ".plist.nimtmp"), "half a plist");
+    // Not the domain's temporary file, or another domain's: kept.
+    for (std::string name : {"." + kDomain + ".plist.keep", "." + kDomain + ".plist.ABCDEFG", std::string(".com.other.plist.nimtmp")})
         test::writeFile(folder / name, "not ours");
     auto run = test::runScript({"--root", root.path().string()}, "write " + kDomain + " k 1\n");
     ASSERT_EQ(run.status, 0) << run.errors;
     EXPECT_EQ(filesStartingWith(folder, "."),
-              (std::vector<std::string>{".com.other.plist.Ab3dE9", "." + kDomain + ".plist.ABCDEFG", "." + kDomain + ".plist.keep"}));
+              (std::vector<std::string>{".com.other.plist.nimtmp", "." + kDomain + ".plist.ABCDEFG", "." + kDomain + ".plist.keep"}));
 }
 
 TEST(HostileFiles, AWriteWithoutItsLockIsRefusedAndReported)
