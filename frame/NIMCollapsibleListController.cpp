@@ -71,8 +71,9 @@ void NIMCollapsibleListController::capture(std::shared_ptr<const PSPageDefinitio
 
 void NIMCollapsibleListController::setPreferenceValue(const PlistValue& value, const std::shared_ptr<PSSpecifier>& specifier)
 {
-    HBListController::setPreferenceValue(value, specifier);
-    if (specifier)
+    // A value that did not reach the disk changes nothing the page shows: its rows keep following
+    // what is stored, and the row itself was redrawn with the stored value.
+    if (storePreferenceValue(value, specifier) && specifier)
         valueChanged(specifier->key(), value);
 }
 

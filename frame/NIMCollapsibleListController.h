@@ -5,7 +5,8 @@
 //                   page has colour rows) and, on every call, captures the page's child rows into
 //                   `savedSpecifiers` (never emptied, so a detached row keeps its identity);
 //   value hook      stores the value, then applies the first rule whose trigger key is the row's
-//                   key: animated insertion after the anchor (guarded), or animated removal;
+//                   key: animated insertion after the anchor (guarded), or animated removal; a
+//                   value that could not be stored applies nothing (the rows follow what is stored);
 //   reload          rebuilds the list from the definition, then removes, unanimated, the rows of
 //                   every rule whose condition fails in the stored domain; it never inserts;
 //   viewDidLoad     the base's, then (on a page with rules) the reload, so the first display is

@@ -77,8 +77,11 @@ void Session::set(const std::string& key, const PlistValue& value)
         if (!row->isEnabled())
             throw CommandError("the row for \"" + key + "\" is disabled");
         // A libsparkcolourpicker row is edited by the library's own cell, which stores the colour itself.
-        if (spark)
-            SparkColourPicker::store(*row, value);
+        if (spark) {
+            HBPreferences::RowWrite write(row->name(), page->navigationItem().title);
+            if (!SparkColourPicker::store(*row, value))
+                page->reloadSpecifier(row);
+        }
         else
             page->setPreferenceValue(value, row);
         return;

@@ -187,20 +187,31 @@ void PSListController::reloadSpecifier(const std::shared_ptr<PSSpecifier>& speci
 
 void PSListController::setPreferenceValue(const PlistValue& value, const std::shared_ptr<PSSpecifier>& specifier)
 {
+    storePreferenceValue(value, specifier);
+}
+
+bool PSListController::storePreferenceValue(const PlistValue& value, const std::shared_ptr<PSSpecifier>& specifier)
+{
     if (!specifier)
-        return;
+        return true;
     const std::string& domain = specifier->propertyForKey("defaults").stringValue();
     const std::string& key = specifier->key();
     if (domain.empty() || key.empty())
-        return;
-    if (!HBPreferences::preferencesForIdentifier(domain)->setObject(value, key)) {
+        return true;
+    bool stored = false;
+    {
+        HBPreferences::RowWrite row(specifier->name(), navigationItem().title);
+        stored = HBPreferences::preferencesForIdentifier(domain)->setObject(value, key);
+    }
+    if (!stored) {
         // The store said why (an error event); the row shows what is stored again.
         reloadSpecifier(specifier);
-        return;
+        return false;
     }
     const PlistValue& notification = specifier->propertyForKey("PostNotification");
     if (notification.isString() && !notification.stringValue().empty())
         CFNotificationCenterGetDarwinNotifyCenter().postNotification(notification.stringValue());
+    return true;
 }
 
 PlistValue PSListController::readPreferenceValue(const std::shared_ptr<PSSpecifier>& specifier)

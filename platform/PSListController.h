@@ -58,7 +58,9 @@ public:
     void reloadSpecifier(const std::shared_ptr<PSSpecifier>& specifier);
 
     /// The value hook: stores value under the row's "key" in its "defaults" domain, then, once it
-    /// is on disk, posts the row's "PostNotification" (if any). Rows without both do nothing.
+    /// is on disk, posts the row's "PostNotification" (if any). Rows without both do nothing. A
+    /// write that fails is reported (an error event naming the row's label and the page's title)
+    /// and the row is redrawn with what is stored.
     virtual void setPreferenceValue(const PlistValue& value, const std::shared_ptr<PSSpecifier>& specifier);
     /// The row's stored value, or its "default" when nothing is stored.
     virtual PlistValue readPreferenceValue(const std::shared_ptr<PSSpecifier>& specifier);
@@ -87,6 +89,10 @@ public:
     virtual void scrollViewDidScroll(UIScrollView& scrollView) { (void)scrollView; }
 
 protected:
+    /// setPreferenceValue's work: false when the value was not stored (the row then shows what is
+    /// stored), true when it is on disk or the row stores nothing.
+    bool storePreferenceValue(const PlistValue& value, const std::shared_ptr<PSSpecifier>& specifier);
+
     /// While one lives, the table makes no cells; when the last ends, the table makes the cells of
     /// the rows shown then. A rebuild that removes rows right after loading them so makes cells only
     /// for the rows that stay, as a table that asks for the cells it shows would.

@@ -66,6 +66,11 @@ bool SparkAppListTableViewController::toggleApplication(const std::string& bundl
     } else {
         chosen.push_back(bundleIdentifier);
     }
+    std::string label = bundleIdentifier;
+    for (auto& app : apps)
+        if (app.bundleIdentifier == bundleIdentifier && !app.displayName.empty())
+            label = app.displayName;
+    HBPreferences::RowWrite row(label, navigationItem().title);
     if (!store(chosen) && specifiersLoaded()) {
         // The store said why (an error event); the app's switch shows what is stored again.
         for (auto& row : *_specifiers)
