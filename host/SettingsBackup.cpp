@@ -2,15 +2,21 @@
 
 #include "host/JsonValue.h"
 #include "platform/HBPreferences.h"
-#include "platform/HBPreferencesRestore.h"
 #include "platform/NSFileManager.h"
 #include "platform/Process.h"
+#include "platform/AtomicFile.h"
 #include "platform/PropertyListSerialization.h"
+#include "platform/SystemCalls.h"
 
 #include <stb/stb_image.h>
 
+#include <unistd.h>
+
 #include <algorithm>
+#include <cerrno>
 #include <climits>
+#include <cstring>
+#include <memory>
 #include <system_error>
 
 namespace fs = std::filesystem;
@@ -21,6 +27,10 @@ constexpr std::string_view kBaseDomain = "com.veltram.nimbraprefs";
 constexpr std::string_view kPreferencesFolder = "/var/jb/var/mobile/Library/Preferences/";
 constexpr std::string_view kPictureFolder = "/var/jb/var/mobile/Library/Nimbra/";
 constexpr int kMaximumDepth = 64;
+/// The journal of a restore: which staged files replace which files, and whether they must.
+constexpr std::string_view kJournal = "/var/jb/var/mobile/Library/Caches/com.veltram.nimbraprefs.restore.plist";
+/// Held by a restore and by the recovery of an interrupted one, so they never overlap.
+constexpr std::string_view kRestoreLock = "restore.lock";
 
 std::string sizeText(std::size_t bytes)
 {
@@ -78,16 +88,103 @@ fs::path hostPath(const std::string& logical)
     return *path;
 }
 
-/// The regular files of a folder (links are never followed), by name.
+/// The files of a folder that read as regular files, by name: a link to a file is in (the pages
+/// read and write through it), a link to nothing or to a folder is not.
 std::vector<std::string> filesIn(const fs::path& folder)
 {
     std::vector<std::string> names;
     std::error_code ec;
-    for (fs::directory_iterator it(folder, ec), end; !ec && it != end; it.increment(ec))
-        if (it->symlink_status(ec).type() == fs::file_type::regular)
+    for (fs::directory_iterator it(folder, ec), end; !ec && it != end; it.increment(ec)) {
+        std::error_code entryError;
+        if (it->status(entryError).type() == fs::file_type::regular)
             names.push_back(it->path().filename().string());
+    }
     std::sort(names.begin(), names.end());
     return names;
+}
+
+/// The name a file is staged under beside itself during a restore.
+fs::path stagedName(const fs::path& target)
+{
+    return target.parent_path() / ("." + target.filename().string() + ".restore");
+}
+
+/// One file a restore replaces.
+struct Replacement {
+    std::string target;  // device path
+    std::string bytes;
+    std::string lock;    // device path of the lock that orders its writes
+};
+
+std::string lockOfDomain(const std::string& identifier)
+{
+    return std::string(NSFileManager::kLocksDirectory) + identifier + ".lock";
+}
+
+std::string lockOfFile(const std::string& logical)
+{
+    return std::string(NSFileManager::kLocksDirectory) + "files/" + fs::path(logical).filename().string() + ".lock";
+}
+
+/// Writes the journal durably; what failed, if anything.
+std::optional<std::string> writeJournal(const fs::path& journal, std::string_view state, const std::vector<Replacement>& files)
+{
+    PlistArray targets;
+    targets.reserve(files.size());
+    for (auto& file : files)
+        targets.push_back(PlistValue(file.target));
+    PlistDictionary contents{{"state", PlistValue(state)}, {"files", PlistValue(std::move(targets))}};
+    // The restore lock is held: the journal's temporary file has its one name.
+    return AtomicFile::replace(journal,
+                               PropertyListSerialization::dataWithPropertyList(PlistValue(std::move(contents)),
+                                                                               PropertyListSerialization::Format::Binary),
+                               AtomicFile::Temporary::Fixed);
+}
+
+/// Removes the journal durably.
+void removeJournal(const fs::path& journal)
+{
+    ::unlink(journal.c_str());
+    AtomicFile::flushFolderOf(journal);
+}
+
+/// Finishes (state "commit") or undoes (state "staging") the restore a journal describes, then
+/// removes the journal. The caller holds the restore lock. What failed, if anything.
+std::optional<std::string> settle(const fs::path& journal)
+{
+    auto bytes = AtomicFile::read(journal, 64 << 20);
+    if (!bytes)
+        return std::nullopt;
+    auto parsed = PropertyListSerialization::propertyListWithData(*bytes);
+    Process& process = Process::current();
+    std::vector<fs::path> targets;
+    if (parsed)
+        for (auto& item : (*parsed)["files"].arrayValue())
+            if (auto host = process.hostPath(item.stringValue()); host && item.isString())
+                targets.push_back(*host);
+    bool commit = parsed && (*parsed)["state"].stringValue() == "commit";
+    std::optional<std::string> problem;
+    for (auto& target : targets) {
+        fs::path staged = stagedName(target);
+        if (commit) {
+            if (SystemCalls::rename(staged.c_str(), target.c_str()) != 0 && errno != ENOENT && !problem)
+                problem = std::string("cannot put a restored file in place (") + std::strerror(errno) + ")";
+        } else {
+            ::unlink(staged.c_str());
+        }
+    }
+    for (auto& target : targets)
+        if (auto flushed = AtomicFile::flushFolderOf(target); flushed && !problem)
+            problem = *flushed;
+    if (problem)
+        return problem;  // the journal stays: the next start tries again
+    removeJournal(journal);
+    return std::nullopt;
+}
+
+fs::path restoreLockPath()
+{
+    return hostPath(std::string(NSFileManager::kLocksDirectory) + std::string(kRestoreLock));
 }
 
 }  // namespace
@@ -155,7 +252,9 @@ std::string SettingsBackup::data() const
         {"domains", PlistValue(std::move(domains))},
         {"pictures", PlistValue(std::move(pictures))},
     };
-    return PropertyListSerialization::dataWithPropertyList(PlistValue(std::move(top)), PropertyListSerialization::Format::XML);
+    // Binary: the one property-list format that holds every value exactly (a date's fraction, an
+    // integer past 2^63, a UID, a string with any character).
+    return PropertyListSerialization::dataWithPropertyList(PlistValue(std::move(top)), PropertyListSerialization::Format::Binary);
 }
 
 SettingsBackup SettingsBackup::fromData(std::string_view bytes)
@@ -247,14 +346,67 @@ nlohmann::ordered_json SettingsBackup::changes() const
     return list;
 }
 
+void SettingsBackup::finishInterruptedRestore()
+{
+    // Without a journal no restore was interrupted; one that starts now is not disturbed.
+    std::error_code ec;
+    if (!fs::exists(fs::symlink_status(hostPath(std::string(kJournal)), ec)))
+        return;
+    AtomicFile::WriteLock lock(restoreLockPath());
+    if (!lock.held())
+        throw BackupError("cannot take the restore lock (" + lock.problem() + ")");
+    if (auto problem = settle(hostPath(std::string(kJournal))))
+        throw BackupError("an interrupted restore could not be finished: " + *problem);
+}
+
 void SettingsBackup::restore() const
 {
+    AtomicFile::WriteLock restoreLock(restoreLockPath());
+    if (!restoreLock.held())
+        throw BackupError("cannot take the restore lock (" + restoreLock.problem() + "); nothing was restored");
+    fs::path journal = hostPath(std::string(kJournal));
+    if (auto problem = settle(journal))
+        throw BackupError("an interrupted restore could not be finished (" + *problem + "); nothing was restored");
+
+    std::vector<Replacement> files;
     for (auto& [identifier, values] : _domains)
-        if (!replaceDomainContents(identifier, values))
-            throw BackupError("could not write " + HBPreferences::pathForIdentifier(identifier) + "; the restore is incomplete");
+        files.push_back({HBPreferences::pathForIdentifier(identifier),
+                         PropertyListSerialization::dataWithPropertyList(PlistValue(values), PropertyListSerialization::Format::Binary),
+                         lockOfDomain(identifier)});
     for (auto& [name, bytes] : _pictures) {
         std::string path = std::string(kPictureFolder) + name + ".png";
-        if (!NSFileManager::defaultManager().writeAtomically(path, bytes))
-            throw BackupError("could not write " + path + "; the restore is incomplete");
+        files.push_back({path, bytes, lockOfFile(path)});
     }
+    // Every file's own lock, so that no value write runs between the old set and the new one.
+    std::vector<std::unique_ptr<AtomicFile::WriteLock>> locks;
+    for (auto& file : files) {
+        locks.push_back(std::make_unique<AtomicFile::WriteLock>(hostPath(file.lock)));
+        if (!locks.back()->held())
+            throw BackupError("cannot take the lock of " + file.target + " (" + locks.back()->problem() + "); nothing was restored");
+    }
+
+    // 1. Stage every new file beside the one it replaces; the journal says what to undo.
+    auto undo = [&](const std::string& why) {
+        for (auto& file : files)
+            ::unlink(stagedName(hostPath(file.target)).c_str());
+        removeJournal(journal);
+        throw BackupError(why + "; nothing was restored");
+    };
+    if (auto problem = writeJournal(journal, "staging", files))
+        undo("cannot write the restore's journal (" + *problem + ")");
+    for (auto& file : files) {
+        fs::path target = hostPath(file.target);
+        if (auto problem = AtomicFile::stage(stagedName(target), file.bytes, target))
+            undo("cannot stage " + file.target + " (" + *problem + ")");
+    }
+    for (auto& file : files)
+        if (auto problem = AtomicFile::flushFolderOf(hostPath(file.target)))
+            undo("cannot flush " + file.target + " (" + *problem + ")");
+    // 2. The commit: from here on the new set is the one that stands, and an interrupted restore
+    //    is finished by the next start.
+    if (auto problem = writeJournal(journal, "commit", files))
+        undo("cannot commit the restore (" + *problem + ")");
+    if (auto problem = settle(journal))
+        throw BackupError("the restore is committed but not yet in place (" + *problem +
+                          "); it is finished the next time the program starts");
 }

@@ -2,18 +2,21 @@
 // One backup of everything the bundle stores: every preference, colour, app-list and rearrangement
 // file of the product's domains in the Preferences folder ("com.veltram.nimbraprefs" and
 // "com.veltram.nimbraprefs.*" .plist files), and the picked pictures
-// ("/var/jb/var/mobile/Library/Nimbra/NAME.png"). The file is an XML property list:
+// ("/var/jb/var/mobile/Library/Nimbra/NAME.png"). The file is a binary property list (the one
+// format that holds every stored value exactly; an XML backup of an earlier version reads too):
 //
 //   format   "com.veltram.nimbraprefs.backup"      version  1
 //   domains  {identifier: {key: value, ...}, ...}  pictures {NAME: <PNG data>, ...}
 //
 // Reading a backup validates all of it before anything is written: the format and version, domain
 // identifiers of the product only, property-list values only, pictures that really are PNG, and
-// sizes (a file over kMaximumSize is refused without being read). A restore then replaces each
-// domain of the backup in one locked, atomic write (the same write a changed value goes through)
-// and writes each picture atomically. Domains and pictures the backup does not hold are left as
-// they are, and files of other products are never touched. Everything works on the current
-// Process's root.
+// sizes (a file over kMaximumSize is refused without being read). A restore is all or nothing: under
+// the lock of every file it replaces, each new file is staged beside its old one and flushed, then
+// a journal commits the set and the staged files are renamed into place. Killed or out of space at
+// any moment, it leaves the complete old set or the complete new set: the next start
+// (finishInterruptedRestore) finishes a committed restore and undoes one that was not. Domains
+// and pictures the backup does not hold are left as they are, and files of other products are
+// never touched. Everything works on the current Process's root.
 
 #include "platform/PlistValue.h"
 
@@ -52,15 +55,18 @@ public:
     /// kMaximumSize (not read), or not valid.
     static SettingsBackup fromFile(const std::filesystem::path& file);
 
-    /// The backup as an XML property list.
+    /// The backup as a binary property list.
     std::string data() const;
     /// What a restore would change now, one JSON object each: {"domain","key","old","new"} for a
     /// value (null where absent), {"picture","old","new"} for a picture (sizes in bytes, old null
     /// when absent). Domains in identifier order, keys in key order, then pictures.
     nlohmann::ordered_json changes() const;
-    /// Writes every domain and picture of the backup. Throws BackupError naming what could not be
-    /// written; what was written before stays written.
+    /// Writes every domain and picture of the backup, all or nothing. Throws BackupError saying
+    /// what failed and whether anything was restored.
     void restore() const;
+    /// Finishes a restore that was committed but interrupted, or undoes one that was not; does
+    /// nothing when no restore was interrupted. Throws BackupError when it cannot.
+    static void finishInterruptedRestore();
 
     const std::map<std::string, PlistDictionary>& domains() const { return _domains; }
     /// Picture name (without ".png") to its bytes.

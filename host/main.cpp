@@ -148,6 +148,14 @@ Process::Options processOptions(const Arguments& arguments, const char* argv0)
     };
 }
 
+/// Finishes or undoes a restore that was interrupted (killed, or the machine stopped) before the
+/// command reads anything it stored.
+void settleInterruptedRestore(const Arguments& arguments, const char* argv0)
+{
+    Process process(processOptions(arguments, argv0));
+    SettingsBackup::finishInterruptedRestore();
+}
+
 std::string jsonLine(const nlohmann::ordered_json& value)
 {
     return value.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
@@ -324,6 +332,9 @@ int main(int argc, char** argv)
     try {
         if (arguments.command == "pages")
             return listPages();
+        if (arguments.command == "script" || arguments.command == "export" || arguments.command == "import" ||
+            arguments.command == "serve")
+            settleInterruptedRestore(arguments, argv[0]);
         if (arguments.command == "script")
             return script(arguments, argv[0]);
         if (arguments.command == "lint")

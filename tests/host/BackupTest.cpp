@@ -179,3 +179,116 @@ TEST(Backup, ABadBackupIsRefusedWithNothingWritten)
     EXPECT_NE(missing.errors.find("there is no file"), std::string::npos) << missing.errors;
     EXPECT_EQ(snapshot(filled.root.path()), before);
 }
+
+namespace {
+
+/// Kind and value alike, recursively, with reals and dates compared bit for bit.
+bool identical(const PlistValue& a, const PlistValue& b)
+{
+    if (a.kind() != b.kind() || a.isLargeUnsigned() != b.isLargeUnsigned())
+        return false;
+    switch (a.kind()) {
+    case PlistValue::Kind::Array:
+        if (a.arrayValue().size() != b.arrayValue().size())
+            return false;
+        for (std::size_t i = 0; i < a.arrayValue().size(); ++i)
+            if (!identical(a.arrayValue()[i], b.arrayValue()[i]))
+                return false;
+        return true;
+    case PlistValue::Kind::Dictionary:
+        if (a.dictionaryValue().size() != b.dictionaryValue().size())
+            return false;
+        for (auto& [key, item] : a.dictionaryValue())
+            if (!b.dictionaryValue().contains(key) || !identical(item, b[key]))
+                return false;
+        return true;
+    case PlistValue::Kind::Real: return std::bit_cast<std::uint64_t>(a.doubleValue()) == std::bit_cast<std::uint64_t>(b.doubleValue());
+    case PlistValue::Kind::Date:
+        return std::bit_cast<std::uint64_t>(a.dateValue()->secondsSinceReferenceDate) ==
+               std::bit_cast<std::uint64_t>(b.dateValue()->secondsSinceReferenceDate);
+    default: return a == b;
+    }
+}
+
+struct Umask {
+    explicit Umask(mode_t mask) : _old(::umask(mask)) {}
+    ~Umask() { ::umask(_old); }
+    mode_t _old;
+};
+
+mode_t modeOf(const fs::path& path)
+{
+    return fs::status(path).permissions() == fs::perms::unknown ? 0 : static_cast<mode_t>(fs::status(path).permissions());
+}
+
+}  // namespace
+
+TEST(Backup, EveryValueComesBackExactly)
+{
+    FilledRoot filled;
+    PlistDictionary unusual{
+        {"fraction", PlistValue(PlistDate{612345678.987654321})},
+        {"old", PlistValue(PlistDate{-5.0e9})},
+        {"far", PlistValue(PlistDate{3.0e9 + 0.25})},
+        {"control", PlistValue("a\x01 b\x1f c\x7f")},
+        {"largest", PlistValue::unsignedInteger(~std::uint64_t{0})},
+        {"twoTo63", PlistValue::unsignedInteger(std::uint64_t{1} << 63)},
+        {"uid", PlistValue(PlistUID{12345})},
+        {"real", PlistValue(0.1)},
+    };
+    fs::path domain = test::under(filled.root.path(), kPreferences + "com.veltram.nimbraprefs.misc.plist");
+    test::writeFile(domain, plistBytes(PlistValue(unusual)));
+    test::TempDir io;
+    fs::path backup = io / "settings.plist";
+    auto exported = test::runProgram(filled.rootArgs({"export", backup.string()}));
+    ASSERT_EQ(exported.status, 0) << exported.errors;
+    // Other tools read the backup too.
+    auto check = std::system(("python3 -c 'import plistlib,sys; plistlib.load(open(sys.argv[1],\"rb\"))' " + backup.string()).c_str());
+    EXPECT_EQ(check, 0) << "Python's plistlib cannot read the backup";
+    fs::remove(domain);
+    auto restored = test::runProgram(filled.rootArgs({"import", backup.string()}));
+    ASSERT_EQ(restored.status, 0) << restored.errors;
+    auto parsed = PropertyListSerialization::propertyListWithData(test::readFile(domain));
+    ASSERT_TRUE(parsed);
+    for (auto& [key, value] : unusual)
+        EXPECT_TRUE(identical((*parsed)[key], value)) << key;
+}
+
+TEST(Backup, ADomainFileThatIsALinkIsBackedUp)
+{
+    FilledRoot filled;
+    fs::path elsewhere = filled.root / "elsewhere/time.plist";
+    test::writeFile(elsewhere, plistBytes(PlistValue(PlistDictionary{{"linked", PlistValue(7)}})));
+    fs::path link = test::under(filled.root.path(), kPreferences + "com.veltram.nimbraprefs.time.plist");
+    fs::create_symlink(elsewhere, link);
+    // The pages read through the link.
+    auto read = test::runScript({"--root", filled.root.path().string()}, "file " + kPreferences + "com.veltram.nimbraprefs.time.plist\n");
+    ASSERT_EQ(read.status, 0);
+    ASSERT_EQ(read.lines.at(0)["value"]["linked"], 7);
+    auto exported = test::runProgram(filled.rootArgs({"export"}));
+    ASSERT_EQ(exported.status, 0) << exported.errors;
+    auto backup = PropertyListSerialization::propertyListWithData(exported.output);
+    ASSERT_TRUE(backup);
+    EXPECT_EQ((*backup)["domains"]["com.veltram.nimbraprefs.time"]["linked"].integerValue(), 7);
+}
+
+TEST(Backup, NewFilesFollowTheUmaskAndRewrittenFilesKeepTheirMode)
+{
+    FilledRoot filled;
+    Umask mask(077);
+    test::TempDir io;
+    fs::path backup = io / "settings.plist";
+    ASSERT_EQ(test::runProgram(filled.rootArgs({"export", backup.string()})).status, 0);
+    EXPECT_EQ(modeOf(backup), 0600u);
+    fs::path domain = test::under(filled.root.path(), kPreferences + "com.veltram.nimbraprefs.batteryline.plist");
+    fs::permissions(domain, fs::perms::owner_read | fs::perms::owner_write | fs::perms::group_read);
+    auto run = test::runScript({"--root", filled.root.path().string()},
+                               "write com.veltram.nimbraprefs.batteryline style 4\n"
+                               "write com.veltram.nimbraprefs.keyboard fresh 1\n");
+    ASSERT_EQ(run.status, 0) << run.errors;
+    EXPECT_EQ(modeOf(domain), 0640u) << "a rewritten file keeps its mode";
+    EXPECT_EQ(modeOf(test::under(filled.root.path(), kPreferences + "com.veltram.nimbraprefs.keyboard.plist")), 0600u)
+        << "a new file follows the umask";
+    ASSERT_EQ(test::runProgram(filled.rootArgs({"import", backup.string()})).status, 0);
+    EXPECT_EQ(modeOf(domain), 0640u) << "a restored file keeps its mode";
+}
