@@ -12,7 +12,13 @@ Every figure is the median of interleaved rounds (this machine's cores are share
   10,000 open/back cycles;
 - the shipped tour (resources/tour.nps) on a fresh root on tmpfs, wall time;
 - the root page and the largest page opened cold, one process each, CPU time;
-- resetAll over 10,000 and 100,000 files on tmpfs against `find -iregex ... -delete` on the same tree.
+- resetAll over 10,000 and 100,000 files on tmpfs against `find -iregex ... -delete` on the same tree;
+- the storage rows (storage_rows below), on device-like roots (a flat Preferences folder of 2,000
+  other files): a value write beside 10,000 other files against the same write in an empty folder;
+  resetAll's sweep of a flat folder of 10,000 and 100,000 files against `find -iregex -delete`; a
+  value write in a domain of 100,000 keys against one of 10,000 keys and against Python's plistlib
+  rewriting the file durably (load, change, dump, fsync, rename); export and import of 100 domains
+  of 1,000 keys against `tar -c` and `tar -x` of the same files.
 
 --quick takes 1,000 instead of 10,000 for the memory figures and leaves out the 100,000-file tree.
 """
@@ -113,6 +119,138 @@ def reset_all(exe, files):
     return ours, theirs
 
 
+def fill_flat(folder, count, prefix="com.othervendor.tweak"):
+    """count small property lists of other products, flat in folder."""
+    folder.mkdir(parents=True, exist_ok=True)
+    data = plistlib.dumps({"k": 1}, fmt=plistlib.FMT_BINARY)
+    for i in range(count):
+        (folder / f"{prefix}{i}.plist").write_bytes(data)
+
+
+def script_cpu(exe, root, text):
+    """CPU seconds of one `script` run."""
+    return run([exe, "--root", root, "script"], text)[1]
+
+
+def write_cost(exe, others, writes=200):
+    """CPU seconds of one value write beside `others` other files (the script's start left out)."""
+    root = Root(exe)
+    fill_flat(root.path / PREFERENCES, others)
+    body = "".join(f"write com.veltram.nimbraprefs.misc key{i % 7} {i}\n" for i in range(writes))
+    cost = (script_cpu(exe, root.path, body) - script_cpu(exe, root.path, "")) / writes
+    root.remove()
+    return cost
+
+
+def big_domain_write(exe, keys, writes=5):
+    """(ours, plistlib): CPU seconds of one value write into a domain of `keys` keys, and of
+    plistlib's durable rewrite of the same file, on a device-like root."""
+    root = Root(exe)
+    folder = root.path / PREFERENCES
+    fill_flat(folder, 2000)
+    domain = folder / "com.veltram.nimbraprefs.misc.plist"
+    domain.write_bytes(plistlib.dumps({f"key{i}": i for i in range(keys)}, fmt=plistlib.FMT_BINARY))
+    body = "".join(f"write com.veltram.nimbraprefs.misc key{i} -{i + 1}\n" for i in range(writes))
+    ours = (script_cpu(exe, root.path, body) - script_cpu(exe, root.path, "")) / writes
+    start = time.process_time()
+    for i in range(writes):
+        values = plistlib.loads(domain.read_bytes())
+        values[f"key{i}"] = -(i + 1000)
+        temporary = domain.with_name(".plistlib.tmp")
+        with open(temporary, "wb") as out:
+            plistlib.dump(values, out, fmt=plistlib.FMT_BINARY)
+            out.flush()
+            os.fsync(out.fileno())
+        os.rename(temporary, domain)
+    theirs = (time.process_time() - start) / writes
+    root.remove()
+    return ours, theirs
+
+
+def flat_reset(exe, files):
+    """(ours, find): wall seconds of resetAll's deletions over a flat Preferences folder of that
+    many files (the same session cancelling instead is subtracted), and of find -iregex -delete."""
+    def tree(folder):
+        folder.mkdir(parents=True, exist_ok=True)
+        for i in range(files):
+            name = f"com.veltram.nimbraprefs.g{i}.plist" if i % 2 == 0 else f"com.othervendor.tweak{i}.plist"
+            (folder / (name.upper() if i % 10 == 0 else name)).write_bytes(b"x")
+    times = {}
+    for answer in ("Cancel", "Confirm"):
+        root = Root(exe)
+        tree(root.path / PREFERENCES)
+        times[answer] = root.script(f"open NIMNimbraSettingsPrefsListController\ncall resetAll\nalert {answer}\n")[0]
+        root.remove()
+    peer = Path(tempfile.mkdtemp(prefix="nimbra-find-", dir=TMPFS))
+    tree(peer)
+    theirs = run(["find", peer, "-iregex", ".*veltram.nimbraprefs.*", "-delete"])[0]
+    shutil.rmtree(peer, ignore_errors=True)
+    return max(times["Confirm"] - times["Cancel"], 0.0), theirs
+
+
+def backup_costs(exe, domains=100, keys=1000):
+    """(export, tar -c, import, tar -x) wall seconds for `domains` domains of `keys` keys on a
+    device-like root."""
+    root = Root(exe)
+    folder = root.path / PREFERENCES
+    fill_flat(folder, 2000)
+    for d in range(domains):
+        values = {f"key{k}": (k if k % 3 == 0 else f"value {k}" if k % 3 == 1 else k / 7) for k in range(keys)}
+        (folder / f"com.veltram.nimbraprefs.d{d}.plist").write_bytes(plistlib.dumps(values, fmt=plistlib.FMT_BINARY))
+    work = Path(tempfile.mkdtemp(prefix="nimbra-backup-", dir=TMPFS))
+    backup = work / "backup.plist"
+    export = run([exe, "--root", root.path, "export", backup])[0]
+    names = [f"com.veltram.nimbraprefs.d{d}.plist" for d in range(domains)]
+    archive = work / "backup.tar"
+    tar_c = run(["tar", "-cf", archive, "-C", folder] + names)[0]
+    restore = run([exe, "--root", root.path, "import", backup])[0]
+    unpacked = work / "unpacked"
+    unpacked.mkdir()
+    tar_x = run(["tar", "-xf", archive, "-C", unpacked])[0]
+    shutil.rmtree(work, ignore_errors=True)
+    root.remove()
+    return export, tar_c, restore, tar_x
+
+
+def storage_rows(exe, rounds, quick):
+    """The storage rows: (what, ours, peer, ratio, target), medians of interleaved rounds."""
+    sweeps = [10000] if quick else [10000, 100000]
+    figures = {}
+    add = lambda name, value: figures.setdefault(name, []).append(value)
+    for _ in range(rounds):
+        add("write10000", write_cost(exe, 10000))
+        add("write0", write_cost(exe, 0))
+        for files in sweeps:
+            ours, theirs = flat_reset(exe, files)
+            add(f"sweep{files}", ours)
+            add(f"find{files}", theirs)
+        for keys in (10000, 100000):
+            ours, theirs = big_domain_write(exe, keys)
+            add(f"keys{keys}", ours)
+            add(f"plistlib{keys}", theirs)
+        export, tar_c, restore, tar_x = backup_costs(exe)
+        add("export", export)
+        add("tarc", tar_c)
+        add("import", restore)
+        add("tarx", tar_x)
+    m = {name: statistics.median(values) for name, values in figures.items()}
+    ms = lambda s: f"{s * 1e3:,.2f} ms"
+    rows = [("write beside 10,000 files (CPU)", ms(m["write10000"]), "in an empty folder " + ms(m["write0"]),
+             m["write10000"] / m["write0"], "<= 2")]
+    for files in sweeps:
+        rows.append((f"resetAll sweep, flat {files:,} files", ms(m[f"sweep{files}"]), "find -delete " + ms(m[f"find{files}"]),
+                     m[f"sweep{files}"] / m[f"find{files}"], "<= 1.0"))
+    rows += [
+        ("write, domain of 100,000 keys (CPU)", ms(m["keys100000"]), "10,000 keys " + ms(m["keys10000"]),
+         m["keys100000"] / m["keys10000"], "<= 15"),
+        ("write, domain of 100,000 keys (CPU)", ms(m["keys100000"]), "plistlib rewrite " + ms(m["plistlib100000"]),
+         m["keys100000"] / m["plistlib100000"], "<= 0.25"),
+        ("export 100 domains x 1,000 keys", ms(m["export"]), "tar -c " + ms(m["tarc"]), m["export"] / m["tarc"], "<= 10"),
+        ("import 100 domains x 1,000 keys", ms(m["import"]), "tar -x " + ms(m["tarx"]), m["import"] / m["tarx"], "<= 10"),
+    ]
+    return rows
+
+
 def peak_memory(exe, body, times):
     """Peak resident KiB of a script session that opens the largest page and repeats body."""
     root = Root(exe)
@@ -127,12 +265,20 @@ def main():
     parser.add_argument("--build", default=str(SOURCE / "build"))
     parser.add_argument("--rounds", type=int, default=5)
     parser.add_argument("--quick", action="store_true")
+    parser.add_argument("--only", choices=["storage"], help="measure only these rows")
     args = parser.parse_args()
     build = Path(args.build)
     exe, bench = build / "nimbra-prefs", build / "bench" / "nimbra-bench"
     many = 1000 if args.quick else 10000
     trees = [10000] if args.quick else [10000, 100000]
     definition = LARGEST_FILE.read_bytes()
+
+    if args.only == "storage":
+        print(f"medians of {args.rounds} interleaved rounds; tmpfs at {TMPFS}")
+        for what, ours, peer, ratio, target in storage_rows(exe, args.rounds, args.quick):
+            ratio_text = f"{ratio:5.2f}x" if ratio is not None else "      "
+            print(f"{what:38} {ours:>14}  {peer:32} {ratio_text}  {target}")
+        return
 
     figures = {}
 
@@ -191,6 +337,7 @@ def main():
         (f"peak RSS after {many:,} open/back", mib(memory[f"cycle{many}"]), "after 100: " + mib(memory["cycle100"]),
          None, f"+{(memory[f'cycle{many}'] - memory['cycle100']) / 1024:.1f} MiB (<= 2)"),
     ]
+    rows += storage_rows(exe, args.rounds, args.quick)
     print(f"medians of {args.rounds} interleaved rounds; tmpfs at {TMPFS}")
     for what, ours, peer, ratio, target in rows:
         ratio_text = f"{ratio:5.2f}x" if ratio is not None else "      "
