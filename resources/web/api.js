@@ -5,6 +5,7 @@
 // revert, the end of a respring) arrives through one waiting request for events at a time.
 
 import { setOffline, toast } from './messages.js';
+import { presenting } from './modal.js';
 import { screen } from './screen.js';
 
 const SESSION_KEY = 'nimbra-session';
@@ -71,6 +72,12 @@ export function enqueue(task) {
   return run;
 }
 
+/**
+ * Gestures of the window under a presentation: they would move the stack, or act on the page,
+ * under an alert, a sheet or the respring, and are not sent while one is shown.
+ */
+const UNDER_PRESENTED = new Set(['/api/back', '/api/tap', '/api/open', '/api/call', '/api/button', '/api/set', '/api/move', '/api/removeimage', '/api/restore']);
+
 const sessionEnded = (result) => result.status === 410 && result.data && result.data.session === 'unknown';
 
 /** Draws an answer {seq, missed, events, state} unless a later state was drawn already. */
@@ -112,6 +119,12 @@ async function syncNow() {
  */
 export function act(path, body, options = {}) {
   return enqueue(async () => {
+    // Checked when its turn comes: a gesture queued behind one whose answer presented something
+    // waits behind it and is dropped.
+    if (UNDER_PRESENTED.has(path) && presenting()) {
+      screen.modal.refused++;
+      return { ok: false, status: 0, data: { error: 'something is presented over the page' }, refused: true };
+    }
     const query = new URLSearchParams({ since: String(screen.seq), ...(options.query || {}) });
     const result = await request('POST', `${path}?${query}`, body, options.contentType);
     if (sessionEnded(result)) {
