@@ -1,9 +1,11 @@
 // Keyboard focus: for what is presented over the page, moved into it when it appears, kept there
-// (Tab cycles its controls, everything else is inert), handed back to where it was when it goes;
+// (Tab cycles its controls; modal.js makes the rest inert), handed back to where it was when it goes;
 // for the pages, moved with the page shown; and lists that the arrow keys move through (one Tab
 // stop each, the roving focus of a toolbar or a list).
 
 import { screen } from './screen.js';
+
+import { followPresented, presenting } from './modal.js';
 
 const FOCUSABLE = 'button:not([disabled]), input:not([disabled]):not([type=hidden]), [tabindex]:not([tabindex="-1"]), a[href]';
 
@@ -37,8 +39,12 @@ export function trapFocus(container, { keys = {}, first = null } = {}) {
     event.stopPropagation();
     handler(event);
   };
+  // A press outside (on the inert window behind) leaves focus where it is.
+  const onPress = (event) => {
+    if (!container.contains(event.target)) event.preventDefault();
+  };
   document.addEventListener('keydown', onKey, true);
-  const covered = coverAllBut(container);
+  document.addEventListener('mousedown', onPress, true);
   const target = first || focusables(container)[0];
   if (target) target.focus({ preventScroll: true });
   else {
@@ -51,31 +57,11 @@ export function trapFocus(container, { keys = {}, first = null } = {}) {
       if (released) return;
       released = true;
       document.removeEventListener('keydown', onKey, true);
-      for (const node of covered) node.inert = false;
+      document.removeEventListener('mousedown', onPress, true);
+      followPresented(); // the window is live again before focus goes back to it
       if (previous && previous.isConnected && typeof previous.focus === 'function') previous.focus({ preventScroll: true });
     },
   };
-}
-
-/**
- * Makes everything of the document outside container inert (the siblings of container and of each
- * element above it); answers the elements made inert.
- */
-function coverAllBut(container) {
-  const covered = [];
-  for (let node = container; node && node !== document.body; node = node.parentElement) {
-    for (const sibling of node.parentElement ? node.parentElement.children : []) {
-      if (sibling === node || sibling.inert || sibling.hidden || sibling.tagName === 'SCRIPT') continue;
-      sibling.inert = true;
-      covered.push(sibling);
-    }
-  }
-  return covered;
-}
-
-/** Whether a sheet or an alert is shown (it keeps the keyboard). */
-export function modalShown() {
-  return Boolean(document.querySelector('#alert-layer:not([hidden]), #sheet-layer:not([hidden])'));
 }
 
 /**
@@ -84,7 +70,7 @@ export function modalShown() {
  * nothing, on what is gone or covered, in the page, or on a sidebar row that opened a page.
  */
 export function mayMoveFocus() {
-  if (modalShown()) return false;
+  if (presenting()) return false;
   const active = document.activeElement;
   if (!active || active === document.body || !active.isConnected) return true;
   if (active.closest('[inert]') || active.getClientRects().length === 0) return true;

@@ -3,7 +3,8 @@
 // keeps its own keys while it is shown.
 
 import { $ } from './dom.js';
-import { focusPage, modalShown } from './focus.js';
+import { focusPage } from './focus.js';
+import { presenting } from './modal.js';
 import { goBack } from './routes.js';
 import { screen } from './screen.js';
 import { closeSidebar, openSidebar } from './sidebar.js';
@@ -72,7 +73,7 @@ export function setupKeyboard() {
     focusShownPage();
   });
   document.addEventListener('keydown', (event) => {
-    if (event.defaultPrevented || modalShown()) return;
+    if (event.defaultPrevented || presenting()) return;
     if (event.key === 'Escape') {
       escape(event);
     } else if ((event.ctrlKey || event.metaKey) && !event.altKey && !event.shiftKey && event.key.toLowerCase() === 'f') {

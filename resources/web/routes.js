@@ -19,6 +19,7 @@
 
 import { act, request } from './api.js';
 import { toast } from './messages.js';
+import { leavePresented } from './presented.js';
 import { screen } from './screen.js';
 import { closeSublist, openSublist } from './sublist.js';
 
@@ -141,6 +142,7 @@ async function open(hash, record) {
       markOpener(link);
       nextMove();
       const result = await act('/api/tap', { index: link.index });
+      if (result.refused) return; // something was presented meanwhile: the stack stays under it
       if (!result.ok || stackParts().length !== at + 1) {
         cannotReach(name, page && page.title);
         return;
@@ -226,6 +228,22 @@ async function openFirstAddress(fresh) {
 
 /** The browser's Back, Forward and edited addresses move the stack. */
 export function setupRoutes() {
-  window.addEventListener('popstate', () => openAddress(() => location.hash));
+  // Leaving cancels what is presented first; what cannot be cancelled keeps the address. Each
+  // move waits for the openings before it.
+  window.addEventListener('popstate', () => {
+    const wanted = location.hash;
+    const run = openings.then(async () => {
+      replaying = true; // the answers of the cancel leave the address alone
+      let left = false;
+      try {
+        left = await leavePresented();
+      } finally {
+        replaying = false;
+      }
+      if (left) await open(wanted, false);
+      else followStack();
+    });
+    openings = run.catch((error) => console.error(error));
+  });
   window.addEventListener('nimbra:sublist', () => followStack());
 }
