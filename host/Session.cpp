@@ -90,9 +90,9 @@ void Session::set(const std::string& key, const PlistValue& value, std::optional
             HBPreferences::RowWrite write(row->name(), page->navigationItem().title);
             if (!SparkColourPicker::store(*row, value))
                 page->reloadSpecifier(row);
-        }
-        else
+        } else {
             page->setPreferenceValue(value, row);
+        }
         return;
     }
     throw CommandError(page->className() + " shows no row with key \"" + key + "\"");

@@ -259,6 +259,9 @@ bool HBPreferences::modify(std::string_view what, Change change)
     AtomicFile::WriteLock lock(*lockPath);
     if (!lock.held())
         return refuse(what, lock.problem() + "; nothing was changed");
+    // The domain's one temporary file, when there is one, was left by a writer that was killed:
+    // it goes now, even when nothing needs writing.
+    ::unlink(AtomicFile::temporaryName(*_file).c_str());
     Stored stored = loadForWrite();
     if (stored.state == Stored::State::Unreadable)
         return refuse(what, "the file cannot be read (" + stored.problem + "); nothing was changed");
