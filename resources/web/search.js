@@ -27,13 +27,16 @@ async function find() {
   list.replaceChildren();
   list.hidden = false;
   list.classList.add('sidebar-group');
+  // A list of choices while there are some; "No Results" is said, not offered.
+  if (results.length) list.setAttribute('role', 'listbox');
+  else list.setAttribute('role', 'status');
   if (!results.length) list.append(el('div', 'empty', 'No Results'));
   for (const found of results) {
     const row = el('div', 'sidebar-row search-result');
-    row.setAttribute('role', 'option');
     row.append(el('span', 'result-label', found.label), el('span', 'result-path', found.path));
     if (found.shownWhen) row.append(el('span', 'result-shown', found.shownWhen));
     tappable(row, () => openResult(found));
+    row.setAttribute('role', 'option');
     list.append(row);
   }
   screen.searchResults = results;
