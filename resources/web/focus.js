@@ -1,6 +1,8 @@
 // Keyboard focus for what is presented over the page: moved into it when it appears, kept there
 // (Tab cycles its controls), handed back to where it was when it goes.
 
+import { followPresented } from './modal.js';
+
 const FOCUSABLE = 'button:not([disabled]), input:not([disabled]):not([type=hidden]), [tabindex]:not([tabindex="-1"]), a[href]';
 
 /** The controls of container that Tab reaches, in order. */
@@ -33,7 +35,12 @@ export function trapFocus(container, { keys = {}, first = null } = {}) {
     event.stopPropagation();
     handler(event);
   };
+  // A press outside (on the inert window behind) leaves focus where it is.
+  const onPress = (event) => {
+    if (!container.contains(event.target)) event.preventDefault();
+  };
   document.addEventListener('keydown', onKey, true);
+  document.addEventListener('mousedown', onPress, true);
   const target = first || focusables(container)[0];
   if (target) target.focus({ preventScroll: true });
   else {
@@ -46,6 +53,8 @@ export function trapFocus(container, { keys = {}, first = null } = {}) {
       if (released) return;
       released = true;
       document.removeEventListener('keydown', onKey, true);
+      document.removeEventListener('mousedown', onPress, true);
+      followPresented(); // the window is live again before focus goes back to it
       if (previous && previous.isConnected && typeof previous.focus === 'function') previous.focus({ preventScroll: true });
     },
   };

@@ -9,12 +9,14 @@
 //   page-view.js  a page's grouped table; items.js its items; rows-*.js the cells of each kind
 //   sublist.js    the chooser of a list row
 //   presented.js  what the session presents: alerts.js, sheets.js, the photo library, mail
+//   modal.js      what is presented is modal: the window behind it is inert
 //   sidebar.js    the desktop sidebar: search.js, the root page's rows, backup.js
 //   colour-editor.js, respring.js, messages.js, screen.js (what is shown now), dom.js, colour.js
 
 import { connect } from './api.js';
 import { setupBackup } from './backup.js';
 import { setupNavigation } from './navigation.js';
+import { setupModal } from './modal.js';
 import { setupFileInput } from './presented.js';
 import { forgetPages, render } from './render.js';
 import { followStack, setupRoutes, startRoutes } from './routes.js';
@@ -29,6 +31,7 @@ function draw(state, events, seq) {
   screen.drawnAt = performance.now();
 }
 
+setupModal();
 setupNavigation();
 setupFileInput();
 setupRoutes();

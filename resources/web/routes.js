@@ -12,6 +12,7 @@
 
 import { act, request } from './api.js';
 import { toast } from './messages.js';
+import { leavePresented } from './presented.js';
 import { screen } from './screen.js';
 import { closeSublist, openSublist } from './sublist.js';
 
@@ -96,6 +97,7 @@ export async function openAddress(hash, { record = false } = {}) {
         return;
       }
       const result = await act('/api/tap', { index: link.index });
+      if (result.refused) return; // something was presented meanwhile: the stack stays under it
       if (!result.ok || stackParts().length !== at + 1) {
         cannotReach(name, page && page.title);
         return;
@@ -145,6 +147,18 @@ async function openFirstAddress(fresh) {
 
 /** The browser's Back, Forward and edited addresses move the stack. */
 export function setupRoutes() {
-  window.addEventListener('popstate', () => openAddress(location.hash));
+  // Leaving cancels what is presented first; what cannot be cancelled keeps the address.
+  window.addEventListener('popstate', async () => {
+    const wanted = location.hash;
+    replaying = true; // the answers of the cancel leave the address alone
+    let left = false;
+    try {
+      left = await leavePresented();
+    } finally {
+      replaying = false;
+    }
+    if (left) openAddress(wanted);
+    else followStack();
+  });
   window.addEventListener('nimbra:sublist', () => followStack());
 }

@@ -32,6 +32,11 @@ export const screen = {
   /** The last search's results, and the row a result opened ({page, id, label}) or null. */
   searchResults: [],
   highlighted: null,
+  /**
+   * Whether something is presented over the page (the rest of the window is inert meanwhile), and
+   * how many gestures that would have moved the stack under it were not sent.
+   */
+  modal: { shown: false, refused: 0 },
   /** The last restore: {changes} of its dry run, {restored}, or {refused: reason}. */
   restore: null,
 };

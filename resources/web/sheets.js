@@ -7,6 +7,7 @@ import { trapFocus } from './focus.js';
 
 let ownSheet = false;
 let trap = null;
+let cancelShown = null;
 
 /**
  * Shows a sheet titled title and answers {body, done}: its body and its Done button. cancel and
@@ -43,7 +44,13 @@ export function openSheet(title, { cancel = 'Cancel', onCancel, done, onDone, do
     if (event.target === layer) cancelButton.click();
   };
   trap = trapFocus(box, { keys: { Escape: () => cancelButton.click() } });
+  cancelShown = () => cancelButton.click();
   return { body, done: doneButton };
+}
+
+/** Cancels the page's own sheet if one is shown, as its Cancel does (a session's sheet is cancelled through the session). */
+export function cancelOwnSheet() {
+  if (ownSheet && cancelShown && !$('#sheet-layer').hidden) cancelShown();
 }
 
 /** openSheet's body alone. */
@@ -59,6 +66,7 @@ export function closeSheet({ own = false } = {}) {
   if (layer.hidden) return;
   layer.hidden = true;
   layer.replaceChildren();
+  cancelShown = null;
   releaseFocus();
 }
 
