@@ -4,6 +4,7 @@
 #include "frame/NIMPageCatalog.h"
 #include "host/JsonValue.h"
 #include "host/ServerImpl.h"
+#include "host/SettingsBackup.h"
 
 #include <algorithm>
 #include <chrono>
@@ -272,6 +273,19 @@ void WebServer::Impl::apiRoutes()
         }
     });
 
+    // A stamp of everything stored: a tab asks for it to learn cheaply whether another tab, a
+    // script or another process wrote what it shows.
+    http.get("/api/stored", [this](const HttpRequest& req, HttpResponse& res) {
+        try {
+            auto tab = sessionFor(req);
+            std::lock_guard lock(tab->mutex);
+            auto scope = tab->activate();
+            reply(res, 200, {{"stamp", SettingsBackup::stamp()}});
+        } catch (...) {
+            refuse(req, res, std::current_exception());
+        }
+    });
+
     // A tab starts (or starts afresh) its own session on the root page.
     http.post("/api/session", jsonLimit, [this](const HttpRequest& req, HttpResponse& res) {
         try {
@@ -313,7 +327,11 @@ void WebServer::Impl::apiRoutes()
         return Json::object();
     });
     gesture("/api/set", [](const Json& body, Session& session) {
-        session.set(stringField(body, "key"), plistFromJson(field(body, "value"), "value"));
+        // "level" names a page below the top (0: the root page), as the sidebar's master switch does.
+        std::optional<std::size_t> level;
+        if (body.contains("level"))
+            level = indexField(body, "level");
+        session.set(stringField(body, "key"), plistFromJson(field(body, "value"), "value"), level);
         return Json::object();
     });
     gesture("/api/tap", [](const Json& body, Session& session) {
