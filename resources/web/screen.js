@@ -51,8 +51,9 @@ export const screen = {
   addressOpened: false,
   /** The address part that could not be opened ({name, from, message}), or null. */
   unreachable: null,
-  /** The last search's results, and the row a result opened ({page, id, label}) or null. */
+  /** The last search's results and its words, and the row a result opened ({page, id, label}) or null. */
   searchResults: [],
+  searchQuery: '',
   highlighted: null,
   /**
    * Whether something is presented over the page (the rest of the window is inert meanwhile), and

@@ -32,6 +32,8 @@ async function find() {
   const result = await request('GET', `/api/search?q=${encodeURIComponent(query)}`);
   if (number !== asked || !result.ok) return; // a later keystroke's answer wins
   const results = result.data.results || [];
+  // Results that come while the person is moving through the last ones keep their place.
+  const focusedAt = options().indexOf(document.activeElement);
   list.replaceChildren();
   list.hidden = false;
   list.classList.add('sidebar-group');
@@ -48,6 +50,12 @@ async function find() {
     list.append(row);
   }
   screen.searchResults = results;
+  screen.searchQuery = query;
+  if (focusedAt >= 0) {
+    const again = options()[Math.min(focusedAt, options().length - 1)];
+    if (again) again.focus();
+    else $('#search').focus();
+  }
   roving.reset();
 }
 

@@ -188,7 +188,7 @@ test('the sidebar and the search results are arrow-key lists; Ctrl-F finds the s
     await page.keyboard.press('Control+f');
     assert.equal((await focused(page)).id, 'search');
     await page.keyboard.type('show percentage');
-    await page.locator('#search-results [role=option]').nth(1).waitFor();
+    await page.waitForFunction(() => window.nimbra.searchQuery === 'show percentage');
     await page.keyboard.press('ArrowDown');
     const first = await focused(page);
     assert.equal(first.role, 'option');
@@ -262,13 +262,16 @@ test('a segmented control: the arrow keys only move focus, Space chooses, only t
 test('the sidebar\'s Enable Nimbra is a switch that keeps the person\'s place', async () => {
   const server = await enabledServer();
   try {
-    for (const colorScheme of ['light', 'dark']) {
-      const page = await openTab(server, { address: '#/HomeScreenRoot/HomeScreenDock', colorScheme });
+    const windows = [['1440x900', DESKTOP, 'light'], ['1440x900', DESKTOP, 'dark'], ['800x500', { width: 800, height: 500 }, 'light']];
+    for (const [size, viewport, colorScheme] of windows) {
+      const page = await openTab(server, { address: '#/HomeScreenRoot/HomeScreenDock', viewport, colorScheme });
       await waitForStack(page, [ROOT, HOME, DOCK]);
+      // A narrow window shows the sidebar as a sheet, from the Search button.
+      if (viewport.width < 1000) await page.locator('#nav-search').click();
       const master = page.locator('#sidebar').getByRole('switch', { name: 'Enable Nimbra' });
       assert.equal(await master.getAttribute('aria-checked'), 'true');
       assert.equal(await page.locator('#sidebar .switch-state').count(), 0, 'no On/Off text');
-      await screenshot(page, `keyboard-sidebar-switch-1440x900-${colorScheme}`);
+      await screenshot(page, `keyboard-sidebar-switch-${size}-${colorScheme}`);
       await master.click();
       await page.waitForFunction(() => window.nimbra.state.root && window.nimbra.state.root.some((row) => row.key === 'nimbraEnabled' && row.value === false));
       assert.equal(await master.getAttribute('aria-checked'), 'false');
@@ -276,7 +279,7 @@ test('the sidebar\'s Enable Nimbra is a switch that keeps the person\'s place', 
       assert.equal(stored(server.root, 'com.veltram.nimbraprefs').nimbraEnabled, false);
       // The root's group links went with the switch.
       assert.equal(await page.locator('#sidebar-rows .sidebar-row', { hasText: 'Home Screen' }).count(), 0);
-      await screenshot(page, `keyboard-sidebar-switch-off-1440x900-${colorScheme}`);
+      await screenshot(page, `keyboard-sidebar-switch-off-${size}-${colorScheme}`);
       // Space flips it back from the keyboard.
       await master.focus();
       await page.keyboard.press('Space');
@@ -285,6 +288,39 @@ test('the sidebar\'s Enable Nimbra is a switch that keeps the person\'s place', 
       assert.equal(await master.evaluate((node) => node === document.activeElement), true, 'focus stays on the switch');
       assert.equal(stored(server.root, 'com.veltram.nimbraprefs').nimbraEnabled, true);
       assert.deepEqual(await page.evaluate(() => window.nimbra.state.stack.length), 3);
+      assert.deepEqual(page.scriptErrors, []);
+      await page.context().close();
+    }
+  } finally {
+    await server.stop();
+  }
+});
+
+test('on the phone, Ctrl-F opens the sidebar\'s sheet over an inert frame, and Escape closes it', async () => {
+  const server = await enabledServer();
+  try {
+    for (const colorScheme of ['light', 'dark']) {
+      const page = await openTab(server, { viewport: { width: 390, height: 844 }, colorScheme, address: '#/HomeScreenRoot' });
+      await waitForStack(page, [ROOT, HOME]);
+      assert.equal(await page.locator('#sidebar').isVisible(), false);
+      await page.keyboard.press('Control+f');
+      await page.locator('#sidebar').waitFor({ state: 'visible' });
+      assert.equal((await focused(page)).id, 'search');
+      assert.equal(await page.locator('#device').evaluate((node) => node.inert), true, 'the frame under the sheet is inert');
+      await page.keyboard.type('dock');
+      await page.waitForFunction(() => window.nimbra.searchQuery === 'dock');
+      await page.keyboard.press('ArrowDown');
+      await screenshot(page, `keyboard-phone-search-390x844-${colorScheme}`);
+      // Escape: back to the field, then the words go, then the sheet closes.
+      await page.keyboard.press('Escape');
+      assert.equal((await focused(page)).id, 'search');
+      await page.keyboard.press('Escape');
+      assert.equal(await page.locator('#search').inputValue(), '');
+      await page.keyboard.press('Escape');
+      await page.locator('#sidebar').waitFor({ state: 'hidden' });
+      assert.equal((await focused(page)).id, 'nav-search');
+      assert.equal(await page.locator('#device').evaluate((node) => node.inert), false);
+      assert.deepEqual(await page.evaluate(() => window.nimbra.state.stack.length), 2, 'Escape only closed what was open');
       assert.deepEqual(page.scriptErrors, []);
       await page.context().close();
     }
