@@ -3,7 +3,7 @@
 
 import { act } from './api.js';
 import { isColourRow } from './colour.js';
-import { el } from './dom.js';
+import { el, motion } from './dom.js';
 import { makeItem } from './items.js';
 import { screen } from './screen.js';
 
@@ -228,11 +228,11 @@ function markLeaving(node) {
 function slide(entering, leaving) {
   const clip = { overflow: 'hidden' };
   for (const node of entering) {
-    node.animate([{ height: '0px', opacity: 0, ...clip }, { height: 'auto', opacity: 1, ...clip }], { duration: ROW_ANIMATION_MS, easing: 'ease-out' });
+    node.animate([{ height: '0px', opacity: 0, ...clip }, { height: 'auto', opacity: 1, ...clip }], { duration: motion(ROW_ANIMATION_MS), easing: 'ease-out' });
   }
   for (const node of leaving) {
     const animation = node.animate([{ height: 'auto', opacity: 1, ...clip }, { height: '0px', opacity: 0, ...clip }], {
-      duration: ROW_ANIMATION_MS,
+      duration: motion(ROW_ANIMATION_MS),
       easing: 'ease-in',
       fill: 'forwards',
     });
