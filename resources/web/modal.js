@@ -6,8 +6,8 @@
 import { $ } from './dom.js';
 import { screen } from './screen.js';
 
-/** What the presentation covers; everything outside the alert and sheet layers. */
-const BEHIND = ['#sidebar', '#navbar', '#pages'];
+/** What the presentation covers; everything outside the alert and sheet layers (and the messages). */
+const BEHIND = ['#skip-link', '#sidebar', '#navbar', '#stale', '#pages'];
 
 /** Whether a blur is laid over the page, or on its way to being (a fade to nothing is not). */
 function coveringBlur() {

@@ -17,10 +17,15 @@ export function labelColumn(node) {
   };
 }
 
-/** Taps node's row (nothing for a disabled row). */
+/**
+ * Taps node's row (nothing for a disabled row). The page remembers the row, so that focus comes
+ * back to it when what the tap opens closes.
+ */
 export function tapRow(node) {
   const row = node.row;
   if (!row || !row.enabled) return;
+  const view = screen.pages.get(screen.stack[screen.stack.length - 1]);
+  if (view && node.item) view.opener = node.item.key;
   act('/api/tap', { index: row.index });
 }
 

@@ -14,12 +14,14 @@ let cancelShown = null;
  * done are the bar's button titles (done: none when not given); onCancel and onDone run on their
  * taps; with doneHref, Done is a link to that address. own marks a sheet the page opened itself
  * (the colour editor), which the session's presentations leave alone until closeSheet({own: true}).
+ * kind names a sheet of a fixed size ("colour": one size whatever its body shows). The sheet fits
+ * the window, its bar always shown; its body scrolls.
  */
-export function openSheet(title, { cancel = 'Cancel', onCancel, done, onDone, doneHref, own = false } = {}) {
+export function openSheet(title, { cancel = 'Cancel', onCancel, done, onDone, doneHref, own = false, kind = '' } = {}) {
   releaseFocus();
   ownSheet = own;
   const layer = $('#sheet-layer');
-  const box = el('div', 'sheet');
+  const box = el('div', kind ? `sheet ${kind}-sheet` : 'sheet');
   box.setAttribute('role', 'dialog');
   box.setAttribute('aria-modal', 'true');
   box.setAttribute('aria-label', title);
@@ -40,6 +42,9 @@ export function openSheet(title, { cancel = 'Cancel', onCancel, done, onDone, do
   box.append(grabber, bar, body);
   layer.replaceChildren(box);
   layer.hidden = false;
+  // A window shorter than the phone frame scrolls: the frame's foot, where the sheet rises, is
+  // brought into view.
+  $('#device').scrollIntoView({ block: 'end', inline: 'nearest', behavior: 'instant' });
   layer.onclick = (event) => {
     if (event.target === layer) cancelButton.click();
   };
