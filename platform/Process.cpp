@@ -11,7 +11,8 @@
 
 namespace {
 
-Process* currentProcess = nullptr;
+// Each thread has its own current process: the browser host runs several sessions at once.
+thread_local Process* currentProcess = nullptr;
 constexpr std::string_view jailbreakRoot = "/var/jb";
 
 }  // namespace

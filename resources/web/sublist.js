@@ -86,7 +86,8 @@ export function openSublist(row, { animated = true } = {}) {
   if (animated) view.animate([{ transform: 'translateX(100%)' }, { transform: 'translateX(0)' }], PUSH_ANIMATION);
   screen.slides.push({ page: `choose:${p.key || ''}`, direction: 'push', animated });
   renderNavigation(screen.state, { titleDuration: 0 });
-  if (chosen && mayMoveFocus()) chosen.node.focus({ preventScroll: true });
+  // A deep link opened in a fresh tab leaves focus where a page load leaves it.
+  if (chosen && animated && mayMoveFocus()) chosen.node.focus({ preventScroll: true });
   window.dispatchEvent(new Event('nimbra:sublist'));
 }
 

@@ -262,13 +262,16 @@ test('a segmented control: the arrow keys only move focus, Space chooses, only t
 test('the sidebar\'s Enable Nimbra is a switch that keeps the person\'s place', async () => {
   const server = await enabledServer();
   try {
-    for (const colorScheme of ['light', 'dark']) {
-      const page = await openTab(server, { address: '#/HomeScreenRoot/HomeScreenDock', colorScheme });
+    const windows = [['1440x900', DESKTOP, 'light'], ['1440x900', DESKTOP, 'dark'], ['800x500', { width: 800, height: 500 }, 'light']];
+    for (const [size, viewport, colorScheme] of windows) {
+      const page = await openTab(server, { address: '#/HomeScreenRoot/HomeScreenDock', viewport, colorScheme });
       await waitForStack(page, [ROOT, HOME, DOCK]);
+      // A narrow window shows the sidebar as a sheet, from the Search button.
+      if (viewport.width < 1000) await page.locator('#nav-search').click();
       const master = page.locator('#sidebar').getByRole('switch', { name: 'Enable Nimbra' });
       assert.equal(await master.getAttribute('aria-checked'), 'true');
       assert.equal(await page.locator('#sidebar .switch-state').count(), 0, 'no On/Off text');
-      await screenshot(page, `keyboard-sidebar-switch-1440x900-${colorScheme}`);
+      await screenshot(page, `keyboard-sidebar-switch-${size}-${colorScheme}`);
       await master.click();
       await page.waitForFunction(() => window.nimbra.state.root && window.nimbra.state.root.some((row) => row.key === 'nimbraEnabled' && row.value === false));
       assert.equal(await master.getAttribute('aria-checked'), 'false');
@@ -276,7 +279,7 @@ test('the sidebar\'s Enable Nimbra is a switch that keeps the person\'s place', 
       assert.equal(stored(server.root, 'com.veltram.nimbraprefs').nimbraEnabled, false);
       // The root's group links went with the switch.
       assert.equal(await page.locator('#sidebar-rows .sidebar-row', { hasText: 'Home Screen' }).count(), 0);
-      await screenshot(page, `keyboard-sidebar-switch-off-1440x900-${colorScheme}`);
+      await screenshot(page, `keyboard-sidebar-switch-off-${size}-${colorScheme}`);
       // Space flips it back from the keyboard.
       await master.focus();
       await page.keyboard.press('Space');
