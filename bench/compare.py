@@ -28,7 +28,10 @@ import http.client
 import json
 import os
 import re
+import socket
+import struct
 import threading
+import zlib
 import plistlib
 import shutil
 import statistics
@@ -283,6 +286,74 @@ def picker_rows(exe, chosen, apps=3000):
     return (drawn - base) / 10
 
 
+def idle_connections(exe, root, count=1000, requests=20):
+    """Wall seconds of each GET /api/state beside count idle connections (sorted)."""
+    import resource
+    soft, hard = resource.getrlimit(resource.RLIMIT_NOFILE)
+    want = count + 256
+    if soft < want and (hard == resource.RLIM_INFINITY or hard >= want):
+        resource.setrlimit(resource.RLIMIT_NOFILE, (want, hard))
+    server = Serve(exe, root)
+    idle = [socket.create_connection(("127.0.0.1", server.port)) for _ in range(count)]
+    times = []
+    for _ in range(requests):
+        start = time.perf_counter()
+        server.request("GET", "/api/state")
+        times.append(time.perf_counter() - start)
+    for connection in idle:
+        connection.close()
+    server.stop()
+    return sorted(times)
+
+
+def png(width, height):
+    """A PNG of one colour, width x height pixels (small: it compresses to almost nothing)."""
+    row = b"\x00" + bytes([90, 140, 200]) * width
+    chunk = lambda kind, data: (struct.pack(">I", len(data)) + kind + data +
+                                struct.pack(">I", zlib.crc32(kind + data) & 0xffffffff))
+    # Row by row: the raw pixels never sit in this process's memory (its children would count them).
+    compressor = zlib.compressobj(9)
+    compressed = b"".join(compressor.compress(row) for _ in range(height)) + compressor.flush()
+    return (b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", struct.pack(">IIBBBBB", width, height, 8, 2, 0, 0, 0)) +
+            chunk(b"IDAT", compressed) + chunk(b"IEND", b""))
+
+
+def beside_a_big_picture(exe, root, side=8192):
+    """While one tab uploads a side x side picture: the wall seconds of each `set` of another tab
+    (sorted), and the upload's own wall seconds."""
+    picture = png(side, side)
+    server = Serve(exe, root)
+    painter, other = "bench-painter", "bench-other1"
+    for session in (painter, other):
+        server.request("POST", "/api/session", {"id": session}, session)
+    server.request("POST", "/api/open", {"class": "NIMControlCenterRootPrefsListController"}, painter)
+    server.request("POST", "/api/set", {"key": "enabled", "value": True}, painter)
+    server.request("POST", "/api/set", {"key": "backgroundStyle", "value": 2}, painter)
+    server.request("POST", "/api/tap", {"id": "backgroundImageChild1"}, painter)
+    upload = {}
+
+    def send():
+        connection = http.client.HTTPConnection("127.0.0.1", server.port, timeout=300)
+        start = time.perf_counter()
+        connection.request("POST", "/api/image", picture, {"Host": f"127.0.0.1:{server.port}", "Content-Type": "image/png",
+                                                           "X-Nimbra-Session": painter})
+        connection.getresponse().read()
+        upload["seconds"] = time.perf_counter() - start
+        connection.close()
+
+    thread = threading.Thread(target=send)
+    thread.start()
+    times = []
+    connection = http.client.HTTPConnection("127.0.0.1", server.port, timeout=60)
+    while thread.is_alive():
+        start = time.perf_counter()
+        server.request("POST", "/api/set", {"key": "nimbraEnabled", "value": len(times) % 2 == 0}, other, connection)
+        times.append(time.perf_counter() - start)
+    thread.join()
+    server.stop()
+    return sorted(times), upload["seconds"]
+
+
 def host_figures(exe, rounds, add):
     """The hosts' rows, measured in interleaved rounds into add(name, value)."""
     cc = shutil.which("cc")
@@ -303,6 +374,13 @@ def host_figures(exe, rounds, add):
         many = concurrent_sets(exe, root.path, 32)
         add("setP50one", percentile(one, 0.5))
         add("setP99many", percentile(many, 0.99))
+        beside = idle_connections(exe, root.path)
+        add("idleP50", percentile(beside, 0.5))
+        add("idleWorst", beside[-1])
+        others, upload = beside_a_big_picture(exe, root.path)
+        add("pictureOtherP99", percentile(others, 0.99))
+        add("pictureOtherWorst", others[-1])
+        add("pictureUpload", upload)
         start_kib, loaded_kib = serve_memory(exe, root.path)
         add("serveRssStart", start_kib)
         add("serveRss32", loaded_kib)
@@ -325,6 +403,9 @@ def host_rows(m, memory, many):
          m["serveStart"] / m["scriptStart"], "<= 1.5"),
         ("set p99, 32 clients at once", ms(m["setP99many"]), "32 x p50 of one " + ms(32 * m["setP50one"]),
          m["setP99many"] / (32 * m["setP50one"]), "<= 2"),
+        ("GET beside 1,000 idle connections, worst", ms(m["idleWorst"]), "p50 " + ms(m["idleP50"]), None, "<= 100 ms"),
+        ("other tab's set, 8192x8192 upload, p99", ms(m["pictureOtherP99"]),
+         f"worst {ms(m['pictureOtherWorst'])}; upload {m['pictureUpload']:.1f} s", None, "<= 50 ms"),
         ("serve RSS with 32 sessions", mib(m["serveRss32"]), "after start " + mib(m["serveRssStart"]),
          m["serveRss32"] / m["serveRssStart"], "<= 2"),
         (f"script RSS, {many:,} reloads, events unread", mib(memory[f"unread{many}"]),

@@ -60,11 +60,8 @@ WebServer::Impl::Impl(Session::Options sessionOptions, Options serverOptions)
     , sessions((sessionOptions.clock = MainQueue::Clock::Real, sessionOptions), options.sessionLimit,
                {options.eventHistory, options.eventHistoryBytes})
     , http(options.connections)
+    , _resources(sessionOptions.resources)
 {
-    // The index is built beside start-up; a search before it is ready waits for it.
-    _searchBuilder = std::thread([this, resources = sessionOptions.resources] {
-        std::call_once(_searchBuilt, [&] { _search.emplace(resources); });
-    });
 
     http.setDefaultHeaders({
         {"X-Content-Type-Options", "nosniff"},
@@ -120,7 +117,7 @@ WebServer::Impl::~Impl()
 
 const SearchIndex& WebServer::Impl::searchIndex()
 {
-    std::call_once(_searchBuilt, [&] { _search.emplace(sessions.main().session().process().options().resources); });
+    std::call_once(_searchBuilt, [&] { _search.emplace(_resources); });
     return *_search;
 }
 
@@ -160,6 +157,15 @@ bool WebServer::Impl::run()
         _stopping = false;
     }
     _ticker = std::thread([this] { tick(); });
+    // The search index is built a moment after start-up, once the first screen has been answered,
+    // so that it does not compete with it; a search before it is ready builds it or waits for it.
+    _searchBuilder = std::thread([this] {
+        std::unique_lock wait(_tickMutex);
+        if (!_tickWake.wait_for(wait, std::chrono::seconds(1), [this] { return _stopping; })) {
+            wait.unlock();
+            searchIndex();
+        }
+    });
     bool served = http.run();
     {
         std::lock_guard lock(_tickMutex);
@@ -167,6 +173,7 @@ bool WebServer::Impl::run()
     }
     _tickWake.notify_all();
     _ticker.join();
+    _searchBuilder.join();
     return served;
 }
 

@@ -71,6 +71,7 @@ private:
     std::atomic<std::uint64_t> _answers = 0;  // states answered so far
     std::atomic<bool> _closing = false;
 
+    std::filesystem::path _resources;  // the page definitions the search index reads
     std::once_flag _searchBuilt;
     std::optional<SearchIndex> _search;
     std::thread _searchBuilder;
