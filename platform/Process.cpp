@@ -4,6 +4,8 @@
 #include "platform/DarwinNotifyCenter.h"
 #include "platform/UIKit.h"
 
+#include <nlohmann/json.hpp>
+
 #include <iostream>
 #include <stdexcept>
 

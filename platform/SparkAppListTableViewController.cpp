@@ -5,6 +5,8 @@
 #include "platform/NSFileManager.h"
 #include "platform/PropertyListSerialization.h"
 
+#include <nlohmann/json.hpp>
+
 #include <algorithm>
 
 NIM_REGISTER_CLASS(SparkAppListTableViewController, PSListController);

@@ -9,6 +9,8 @@ import { screen } from './screen.js';
 
 const SCROLL_MS = 100;
 const ROW_ANIMATION_MS = 300;
+/** How many of the latest slides screen.animatedRows keeps. */
+const ANIMATED_ROWS_KEPT = 1000;
 
 export class PageView {
   /** A view, not yet in the document, for the page with this uid. */
@@ -53,7 +55,11 @@ export class PageView {
     this.element.classList.toggle('app-picker', Boolean(picker));
     if (picker && !this.search) this.addSearch();
     const desired = describeItems(page, picker);
-    const record = (kind, id) => screen.animatedRows.push({ page: page.page, id, seq: effects.seq, kind });
+    const record = (kind, id) => {
+      screen.animatedRows.push({ page: page.page, id, seq: effects.seq, kind });
+      // The record keeps the latest slides only: a long session does not grow it without end.
+      if (screen.animatedRows.length > ANIMATED_ROWS_KEPT) screen.animatedRows.splice(0, screen.animatedRows.length - ANIMATED_ROWS_KEPT);
+    };
 
     // Rows that went away; they slide out once every row is in place.
     const leaving = [];
