@@ -527,6 +527,19 @@ struct WebServer::Impl {
             }
         });
         http.Get("/api/events", [this](const httplib::Request& req, httplib::Response& res) { events(req, res); });
+        // A stamp of everything stored: a tab asks for it to learn cheaply whether another tab, a
+        // script or another process wrote what it shows.
+        http.Get("/api/stored", [this](const httplib::Request& req, httplib::Response& res) {
+            try {
+                std::string id = sessionId(req);
+                std::lock_guard lock(mutex);
+                ServerSession& tab = sessionFor(id);
+                auto scope = tab.activate();
+                reply(res, 200, {{"stamp", SettingsBackup::stamp()}});
+            } catch (...) {
+                refuse(req, res, std::current_exception());
+            }
+        });
         // A tab starts (or starts afresh) its own session on the root page.
         http.Post("/api/session", [this](const httplib::Request& req, httplib::Response& res) {
             try {
@@ -599,7 +612,11 @@ struct WebServer::Impl {
                 for (auto& row : page->specifiers())
                     if (row->key() == key && row->cellType() == PSCellType::Slider)
                         value = PlistValue(value.doubleValue());
-            session.set(key, value);
+            // "level" names a page below the top (0: the root page), as the sidebar's master switch does.
+            std::optional<std::size_t> level;
+            if (body.contains("level"))
+                level = indexField(body, "level");
+            session.set(key, value, level);
             return Json::object();
         });
         post("/api/tap", [](const Json& body, Session& session) {

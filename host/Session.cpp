@@ -41,6 +41,15 @@ std::shared_ptr<PSListController> Session::requireTopPage() const
     return page;
 }
 
+std::shared_ptr<PSListController> Session::requirePage(std::size_t level) const
+{
+    auto& controllers = _navigation->viewControllers();
+    auto page = level < controllers.size() ? std::dynamic_pointer_cast<PSListController>(controllers[level]) : nullptr;
+    if (!page)
+        throw CommandError("no page is open at level " + std::to_string(level) + " of the stack");
+    return page;
+}
+
 std::shared_ptr<PSSpecifier> Session::shownRow(const std::string& property, const std::string& value) const
 {
     auto page = requireTopPage();
@@ -67,9 +76,9 @@ void Session::open(const std::string& className)
     present(std::static_pointer_cast<UIViewController>(cls->make()));
 }
 
-void Session::set(const std::string& key, const PlistValue& value)
+void Session::set(const std::string& key, const PlistValue& value, std::optional<std::size_t> level)
 {
-    auto page = requireTopPage();
+    auto page = level ? requirePage(*level) : requireTopPage();
     for (auto& row : page->specifiers()) {
         bool spark = SparkColourPicker::isSparkRow(*row);
         if ((spark ? row->propertyForKey("libsparkcolourpicker")["key"] : row->propertyForKey("key")).stringValue() != key)
@@ -440,6 +449,24 @@ Session::Json Session::state()
                                        {"translucent", scheme->translucentNavigationBar()}};
     }
     state["page"] = pageState;
+
+    auto& controllers = _navigation->viewControllers();
+    if (controllers.size() > 1)
+        if (auto root = std::dynamic_pointer_cast<PSListController>(controllers.front())) {
+            HBPreferencesReadPass pass;
+            Json rows = Json::array();
+            std::size_t index = 0;
+            for (auto& row : root->specifiers()) {
+                rows.push_back({{"label", row->name()},
+                                {"cell", std::string(PSCellTypeName(row->cellType()))},
+                                {"enabled", row->isEnabled()},
+                                {"value", row->key().empty() ? Json(nullptr) : toJson(root->readPreferenceValue(row))},
+                                {"index", index++},
+                                {"detail", row->detailControllerClass() ? row->detailControllerClass()->name : std::string()},
+                                {"key", row->key()}});
+            }
+            state["root"] = rows;
+        }
 
     if (auto picker = std::dynamic_pointer_cast<SparkAppListTableViewController>(page))
         state["picker"] = {{"identifier", picker->identifier()},

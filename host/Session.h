@@ -10,6 +10,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -35,7 +36,9 @@ public:
 
     // The user's gestures.
     void open(const std::string& className);
-    void set(const std::string& key, const PlistValue& value);
+    /// Changes the shown row whose key is key on the top page, or on the page at level of the stack
+    /// (0: the root page) when given, as a page below the top would take a change of its own row.
+    void set(const std::string& key, const PlistValue& value, std::optional<std::size_t> level = std::nullopt);
     void write(const std::string& domain, const std::string& key, const PlistValue& value);
     void tap(const std::string& id);
     /// Taps the shown row at index (counted from 0 over the top page's rows, group rows included).
@@ -75,7 +78,9 @@ public:
     Json file(const std::string& path) const;
     /// Everything a screen needs to draw the app now: the navigation stack, the top page (title, bar
     /// button, colour scheme, rows with their values), and what is presented over it (an alert, the
-    /// image picker, the mail composer) or pushed (an app picker).
+    /// image picker, the mail composer) or pushed (an app picker). While a page is pushed over the
+    /// root page, "root" lists the root page's rows as it shows them (label, cell, enabled, value,
+    /// index, detail, key), for a screen that keeps the root's rows beside the page on top.
     Json state();
 
     /// Real-clock sessions: runs what fell due on the main queue.
@@ -88,6 +93,8 @@ private:
     /// Shows a controller on top: push, then init's followers (specifiers, viewDidLoad, viewWillAppear:).
     void present(const std::shared_ptr<UIViewController>& controller);
     std::shared_ptr<PSListController> requireTopPage() const;
+    /// The page at level of the stack (0: the bottom); throws when there is none.
+    std::shared_ptr<PSListController> requirePage(std::size_t level) const;
     std::shared_ptr<PSSpecifier> shownRow(const std::string& property, const std::string& value) const;
     /// The index of the shown row whose "id" is id (throws as shownRow does).
     std::size_t shownIndex(const std::string& id) const;

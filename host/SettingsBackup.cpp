@@ -9,8 +9,11 @@
 
 #include <stb/stb_image.h>
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <climits>
+#include <cstdio>
 #include <system_error>
 
 namespace fs = std::filesystem;
@@ -140,6 +143,39 @@ SettingsBackup SettingsBackup::collect(std::vector<std::string>* skipped)
         backup._pictures.emplace(base, std::move(*bytes));
     }
     return backup;
+}
+
+std::string SettingsBackup::stamp()
+{
+    // FNV-1a over each file's name, size, modification and change times and inode.
+    std::uint64_t hash = 14695981039346656037ULL;
+    auto mix = [&](const void* data, std::size_t size) {
+        for (std::size_t i = 0; i < size; ++i) {
+            hash ^= static_cast<const unsigned char*>(data)[i];
+            hash *= 1099511628211ULL;
+        }
+    };
+    auto add = [&](const fs::path& folder, const std::string& name) {
+        struct stat info {};
+        if (::lstat((folder / name).c_str(), &info) != 0)
+            return;
+        std::int64_t facts[] = {static_cast<std::int64_t>(info.st_size), static_cast<std::int64_t>(info.st_mtim.tv_sec),
+                                static_cast<std::int64_t>(info.st_mtim.tv_nsec), static_cast<std::int64_t>(info.st_ctim.tv_sec),
+                                static_cast<std::int64_t>(info.st_ctim.tv_nsec), static_cast<std::int64_t>(info.st_ino)};
+        mix(name.data(), name.size() + 1);
+        mix(facts, sizeof facts);
+    };
+    fs::path preferences = hostPath(std::string(kPreferencesFolder));
+    for (const std::string& name : filesIn(preferences))
+        if (name.ends_with(".plist") && isProductDomain(name.substr(0, name.size() - 6)))
+            add(preferences, name);
+    fs::path pictures = hostPath(std::string(kPictureFolder));
+    for (const std::string& name : filesIn(pictures))
+        if (name.ends_with(".png"))
+            add(pictures, name);
+    char text[17];
+    std::snprintf(text, sizeof text, "%016llx", static_cast<unsigned long long>(hash));
+    return text;
 }
 
 std::string SettingsBackup::data() const

@@ -46,6 +46,10 @@ public:
     /// What the current root stores now. Files that cannot be backed up (a damaged preference
     /// file, a picture that is not PNG) are left out and named in skipped, when given.
     static SettingsBackup collect(std::vector<std::string>* skipped = nullptr);
+    /// A stamp of what collect() would read now: it changes whenever a file of the product's domains
+    /// or a picture is written, replaced, added or removed (by this process or any other), and is
+    /// cheap to take (one stat per file, nothing read).
+    static std::string stamp();
     /// A backup from its bytes; throws BackupError when any part of it is not valid.
     static SettingsBackup fromData(std::string_view bytes);
     /// A backup from a file of this machine; throws BackupError when it is missing, larger than

@@ -5,17 +5,19 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 
 packages=(
-  build-essential cmake pkg-config ccache python3
-  libplist-dev libplist++-dev   # property lists, XML and binary
+  build-essential cmake pkg-config
+  ccache                        # keeps compiled objects between builds, clones and work trees
+  python3                       # the benchmarks' comparison (bench/compare.py) and make_icons.py
+  libplist-dev                  # property lists, XML and binary
   libicu-dev                    # the regular expressions of NSRegularExpression
   libstb-dev                    # image decoding and PNG encoding
   libcpp-httplib-dev            # the browser host's HTTP server
   nlohmann-json3-dev            # JSON for the script and browser hosts
-  libgtest-dev libgmock-dev     # unit and end-to-end tests
+  libgtest-dev                  # unit and end-to-end tests
   libbenchmark-dev              # benchmarks
   libmimalloc-dev               # the programs' allocator
   chromium                      # the browser tests' headless browser
-  clang libclang-rt-14-dev      # the fuzz targets (libFuzzer and the sanitizers' runtimes)
+  clang libclang-rt-dev         # the sanitized build and the fuzz targets (libFuzzer, the sanitizers' runtimes)
 )
 # Node.js runs the browser tests; the machine's own (any packaging) will do.
 command -v node >/dev/null 2>&1 || packages+=(nodejs npm)

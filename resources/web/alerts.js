@@ -7,7 +7,7 @@ import { act } from './api.js';
 import { $, el } from './dom.js';
 import { trapFocus } from './focus.js';
 
-let shown = null; // {layer, trap}
+let shown = null; // {layer, trap, own, cancel}
 
 /** UIKit's order: the cancel action last in a column, on the left in a pair. */
 function ordered(actions) {
@@ -88,7 +88,7 @@ function present(layer, kind, { title, message, actions }) {
   if (cancel) keys.Escape = () => buttons.get(cancel).click();
   const best = preferred(list);
   if (best) keys.Enter = () => buttons.get(best).click();
-  shown = { layer, trap: trapFocus(box, { keys, first: best ? buttons.get(best) : null }) };
+  shown = { layer, trap: trapFocus(box, { keys, first: best ? buttons.get(best) : null }), own: kind !== 'alert', cancel: cancel ? buttons.get(cancel) : null };
   if (kind === 'action-sheet') {
     layer.onclick = (event) => {
       if (event.target === layer && cancel) buttons.get(cancel).click();
@@ -110,6 +110,13 @@ export function showAlert(alert) {
 /** Shows an action sheet of the page's own titled title with actions [{title, style, handler}]. */
 export function showActionSheet(title, actions) {
   present($('#alert-layer'), 'action-sheet', { title, actions });
+}
+
+/** Cancels the page's own action sheet if one is shown (a session's alert is answered through the session). */
+export function cancelActionSheet() {
+  if (!shown || !shown.own) return;
+  if (shown.cancel) shown.cancel.click();
+  else close();
 }
 
 /** Hides the alert or action sheet shown, handing focus back. */

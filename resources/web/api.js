@@ -4,7 +4,9 @@
 // events and state it caused and is drawn at once. What happens later (the respring button's
 // revert, the end of a respring) arrives through one waiting request for events at a time.
 
-import { setOffline, toast } from './messages.js';
+import { refusalMessage } from './errors.js';
+import { notice, setOffline, toast } from './messages.js';
+import { presenting } from './modal.js';
 import { screen } from './screen.js';
 
 const SESSION_KEY = 'nimbra-session';
@@ -71,6 +73,12 @@ export function enqueue(task) {
   return run;
 }
 
+/**
+ * Gestures of the window under a presentation: they would move the stack, or act on the page,
+ * under an alert, a sheet or the respring, and are not sent while one is shown.
+ */
+const UNDER_PRESENTED = new Set(['/api/back', '/api/tap', '/api/open', '/api/call', '/api/button', '/api/set', '/api/move', '/api/removeimage', '/api/restore']);
+
 const sessionEnded = (result) => result.status === 410 && result.data && result.data.session === 'unknown';
 
 /** Draws an answer {seq, missed, events, state} unless a later state was drawn already. */
@@ -105,21 +113,31 @@ async function syncNow() {
 }
 
 /**
- * Sends a gesture (POST path with body) and draws what it changed from its answer. An error the
- * session reports is shown as a toast unless options.quiet; options.contentType sends body as it
+ * Sends a gesture (POST path with body) and draws what it changed from its answer. A gesture the
+ * session refuses is said in the person's words until dismissed, unless options.quiet; options.contentType sends body as it
  * is (default: body as JSON); options.query adds parameters. Resolves to the request's
  * {ok, status, data}.
  */
 export function act(path, body, options = {}) {
   return enqueue(async () => {
+    // Checked when its turn comes: a gesture queued behind one whose answer presented something
+    // waits behind it and is dropped.
+    if (UNDER_PRESENTED.has(path) && presenting()) {
+      screen.modal.refused++;
+      return { ok: false, status: 0, data: { error: 'something is presented over the page' }, refused: true };
+    }
     const query = new URLSearchParams({ since: String(screen.seq), ...(options.query || {}) });
     const result = await request('POST', `${path}?${query}`, body, options.contentType);
     if (sessionEnded(result)) {
       await restart('This tab\u2019s session had ended; it starts again on the root page.');
       return result;
     }
-    if (!result.ok && !options.quiet) toast(result.data && result.data.error ? result.data.error : `HTTP ${result.status}`);
-    if (result.ok && result.data.state) apply(result.data);
+    const data = result.data || {};
+    // A write the device refused comes with its error event and the state showing what is stored.
+    const errors = (data.events || []).filter((event) => event.event === 'error');
+    for (const event of errors) if (event.write && !event.key && body && body.key) event.key = body.key;
+    if (!result.ok && !options.quiet && !errors.length) notice(refusalMessage(path, body, data.error));
+    if (data.state) apply(data);
     else await syncNow();
     return result;
   });

@@ -5,7 +5,7 @@
 
 import { act } from './api.js';
 import { $, el } from './dom.js';
-import { toast } from './messages.js';
+import { notice, toast } from './messages.js';
 import { screen } from './screen.js';
 import { closeSheet, sheet } from './sheets.js';
 
@@ -16,6 +16,11 @@ function describe(change) {
   return `${change.domain}  ${change.key}: ${text(change.old)} \u2192 ${text(change.new)}`;
 }
 
+/** Why the server refused a backup, as part of a sentence. */
+function reasonOf(result) {
+  return String((result.data && result.data.error) || 'it could not be read').replace(/[.]$/, '');
+}
+
 /** Shows the dry run of a backup file and restores it on confirmation. */
 async function review(file) {
   const bytes = await file.arrayBuffer();
@@ -23,7 +28,8 @@ async function review(file) {
   const dry = await act('/api/restore', bytes, { ...options, query: { dryRun: '1' } });
   if (!dry.ok) {
     screen.restore = { refused: dry.data.error };
-    toast(`This backup cannot be restored: ${dry.data.error}`);
+    if (dry.refused) return;
+    notice(`This backup cannot be restored: ${reasonOf(dry)}. Nothing was changed; choose another backup file.`);
     return;
   }
   const changes = dry.data.changes || [];
@@ -39,7 +45,7 @@ async function review(file) {
         screen.restore = { restored: done.data.restored };
         toast('Settings restored.');
       } else {
-        toast(`Nothing was restored: ${done.data.error}`);
+        notice(`Nothing was restored: ${reasonOf(done)}. Your settings are as they were; try again.`);
       }
     },
   });

@@ -35,6 +35,7 @@ export function openColourEditor(row) {
   };
   const { body, done } = openSheet(row.label || 'Color', {
     own: true,
+    kind: 'colour',
     onCancel: close,
     done: 'Done',
     onDone: () => {
@@ -157,8 +158,14 @@ export function openColourEditor(row) {
       show(hex);
     }
   });
+  // Enter applies the colour typed (written out in full), and leaves the editor open.
   hex.addEventListener('keydown', (event) => {
-    if (event.key === 'Enter' && !done.disabled) done.click();
+    if (event.key !== 'Enter') return;
+    event.preventDefault();
+    const parsed = parseHexField(hex.value);
+    if (!parsed) return;
+    Object.assign(colour, { r: parsed.r, g: parsed.g, b: parsed.b });
+    show();
   });
   function setError(message) {
     error.textContent = message;

@@ -1,7 +1,8 @@
 // What the events of one sync mean for the drawing: rows that slide in or out, blurs, the title's
 // fade, resprings, and errors to show.
 
-import { toast } from './messages.js';
+import { errorMessage } from './errors.js';
+import { notice } from './messages.js';
 import { animateBlur, respring, showBlur } from './respring.js';
 
 /**
@@ -41,7 +42,7 @@ export function readEvents(events) {
         if (document.activeElement && document.activeElement !== document.body) document.activeElement.blur();
         break;
       case 'error':
-        toast(event.message);
+        notice(errorMessage(event));
         break;
       default:
         break;

@@ -4,7 +4,9 @@
 import { rgba } from './colour.js';
 import { $, PUSH_ANIMATION } from './dom.js';
 import { act } from './api.js';
+import { focusPage } from './focus.js';
 import { PageView } from './page-view.js';
+import { goBack } from './routes.js';
 import { dropForeignBlur } from './respring.js';
 import { screen } from './screen.js';
 import { closeSublist } from './sublist.js';
@@ -55,18 +57,30 @@ export function showPage(page, previous, state) {
     $('#pages').append(view.element);
   }
   view.element.classList.remove('hidden');
+  view.element.inert = false;
   dropForeignBlur();
   for (const other of document.querySelectorAll('.page.current')) other.classList.remove('current');
   view.element.classList.add('current');
-  transition(oldView, view, direction);
+  // What is covered or leaving is out of reach of the keyboard at once.
+  if (oldView) oldView.element.inert = true;
+  const animated = direction !== 'none' && Boolean(oldView) && !screen.quietSlides;
+  screen.slides.push({ page: page.page, direction, animated });
+  transition(oldView, view, animated ? direction : 'none');
+  // Focus moves with the page, once the navigation bar shows its title: to the title of a page
+  // pushed, back to the row that opened the page popped.
+  // A deep link opened in a fresh tab leaves focus where a page load leaves it.
+  if (screen.quietDeepLink) screen.pendingFocus = null;
+  else if (direction === 'push') screen.pendingFocus = () => focusPage(view);
+  else if (direction === 'pop') screen.pendingFocus = () => focusPage(view, view.opener && view.items.get(view.opener));
   return view;
 }
 
 /** Slides newView in over oldView ('push'), oldView out over newView ('pop'), or swaps them ('none'). */
 function transition(oldView, newView, direction) {
+  const pushed = direction === 'push' || (direction === 'none' && oldView && screen.pages.get(oldView.uid) === oldView);
   const cleanupOld = () => {
     if (!oldView) return;
-    if (direction === 'push') oldView.element.classList.add('hidden');
+    if (pushed) oldView.element.classList.add('hidden');
     else oldView.element.remove();
   };
   if (!oldView || direction === 'none') {
@@ -180,9 +194,6 @@ function setBackTitle(title) {
 
 /** The back button (closing a list chooser first) and the page's bar button. */
 export function setupNavigation() {
-  $('#nav-back').addEventListener('click', () => {
-    if (screen.sublist) closeSublist(false);
-    else act('/api/back');
-  });
+  $('#nav-back').addEventListener('click', () => goBack());
   $('#nav-right').addEventListener('click', () => act('/api/button'));
 }

@@ -2,10 +2,11 @@
 // other view controller.
 
 import { act } from './api.js';
-import { hideAlert, showAlert } from './alerts.js';
+import { cancelActionSheet, hideAlert, showAlert } from './alerts.js';
 import { $, el } from './dom.js';
+import { presenting, respringShown } from './modal.js';
 import { screen } from './screen.js';
-import { closeSheet, sheet } from './sheets.js';
+import { cancelOwnSheet, closeSheet, sheet } from './sheets.js';
 
 let shownPresentation = null;
 
@@ -27,6 +28,29 @@ export function renderPresented(presented) {
 export function redrawPresented() {
   shownPresentation = null;
   if (screen.state) renderPresented(screen.state.presented);
+}
+
+/**
+ * Cancels what is presented over the page before the window moves on (the browser's Back, an
+ * address typed): the page's own action sheet or sheet, then the session's presentation through
+ * its cancel (an alert's cancel action, or its only action when that destroys nothing). Resolves
+ * to whether nothing is presented any more; the respring, and an alert with no harmless way out,
+ * stay.
+ */
+export async function leavePresented() {
+  if (!presenting()) return true;
+  if (respringShown()) return false;
+  cancelActionSheet();
+  cancelOwnSheet();
+  const presented = screen.state && screen.state.presented;
+  if (presented && presented.kind === 'alert') {
+    const actions = presented.actions || [];
+    const way = actions.find((action) => action.style === 'cancel') || (actions.length === 1 && actions[0].style !== 'destructive' ? actions[0] : null);
+    if (way) await act('/api/alert', { title: way.title }, { quiet: true });
+  } else if (presented) {
+    await act('/api/cancel', {}, { quiet: true });
+  }
+  return !presenting();
 }
 
 /** The photo library: this computer's pictures, through its file chooser. */

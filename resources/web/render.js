@@ -43,6 +43,9 @@ export function render(state, events, seq) {
   dropForeignBlur();
   renderNavigation(state, effects);
   renderPresented(state.presented);
+  const focus = screen.pendingFocus;
+  screen.pendingFocus = null;
+  if (focus) focus();
 }
 
 /** Drops every drawn page: the next answer is drawn afresh. */

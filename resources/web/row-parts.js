@@ -2,6 +2,7 @@
 
 import { act } from './api.js';
 import { el } from './dom.js';
+import { screen } from './screen.js';
 
 /** Adds the label column (title, and the subtitle under it) to node; answers its update(row). */
 export function labelColumn(node) {
@@ -16,18 +17,32 @@ export function labelColumn(node) {
   };
 }
 
-/** Taps node's row (nothing for a disabled row). */
+/**
+ * Taps node's row (nothing for a disabled row). The page remembers the row, so that focus comes
+ * back to it when what the tap opens closes.
+ */
 export function tapRow(node) {
   const row = node.row;
   if (!row || !row.enabled) return;
+  const view = screen.pages.get(screen.stack[screen.stack.length - 1]);
+  if (view && node.item) view.opener = node.item.key;
   act('/api/tap', { index: row.index });
 }
 
-/** Sets node's row's key to value (nothing for a disabled row); resolves once the answer is drawn. */
-export function setValue(node, value) {
+/**
+ * Sets node's row's key to value (nothing for a disabled row); resolves once the answer is drawn.
+ * The control then shows the value the session holds, even when it is the one it had before (a
+ * value the device could not store): the control moved under the finger is put back.
+ */
+export async function setValue(node, value) {
   const row = node.row;
-  if (!row || !row.enabled) return Promise.resolve();
-  return act('/api/set', { key: row.properties.key, value });
+  if (!row || !row.enabled) return undefined;
+  const result = await act('/api/set', { key: row.properties.key, value });
+  if (node.isConnected && node.row && node.update && !node.classList.contains('leaving')) {
+    node.signature = null;
+    node.update(node.row, screen.state && screen.state.picker);
+  }
+  return result;
 }
 
 /**

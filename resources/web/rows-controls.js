@@ -11,7 +11,9 @@ const ARROWS = { ArrowRight: 1, ArrowDown: 1, ArrowLeft: -1, ArrowUp: -1 };
 export const CONTROL_ROWS = {
   /**
    * The iOS 13 segmented control: a grey track with a white pill under the chosen segment. The
-   * pill moves at once on a tap or an arrow key; the session's answer confirms it or moves it back.
+   * arrow keys (and Home, End) only move focus between the segments, the group being one Tab
+   * stop; a click, Space or Enter chooses one. The pill moves at once on a choice; the session's
+   * answer confirms it or moves it back. Only a value the person chose is ever sent.
    */
   segment(node) {
     const title = controlTitle(node);
@@ -44,11 +46,18 @@ export const CONTROL_ROWS = {
       select(indexOfValue(node.row.value));
     };
     group.addEventListener('keydown', (event) => {
-      const step = ARROWS[event.key];
-      if (!step || !buttons.length) return;
-      event.preventDefault();
+      if (!buttons.length || event.altKey || event.ctrlKey || event.metaKey) return;
       const at = buttons.indexOf(document.activeElement);
-      choose((Math.max(at, 0) + step + buttons.length) % buttons.length);
+      if (at < 0) return;
+      const step = ARROWS[event.key];
+      let to = -1;
+      if (step) to = (at + step + buttons.length) % buttons.length;
+      else if (event.key === 'Home') to = 0;
+      else if (event.key === 'End') to = buttons.length - 1;
+      if (to < 0) return;
+      event.preventDefault();
+      buttons.forEach((button, i) => (button.tabIndex = i === to ? 0 : -1));
+      buttons[to].focus();
     });
     node.update = (row) => {
       const p = row.properties;

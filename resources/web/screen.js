@@ -23,15 +23,43 @@ export const screen = {
    * {page, id, seq, kind: 'enter'|'leave'}. Rows drawn without an animation are not listed.
    */
   animatedRows: [],
+  /**
+   * Every page (or chooser) made current, oldest first: {page, direction: 'push'|'pop'|'none',
+   * animated}: whether it slid in or out, or was shown at once.
+   */
+  slides: [],
+  /** Where the page moved focus by itself, oldest first: {to, page}. */
+  focusMoves: [],
+  /** Set while pages are passed on the way to an address (they do not slide), and while a deep
+   * link opens in a fresh tab (nothing slides). */
+  quietSlides: false,
+  quietDeepLink: false,
+  /** The focus to move once the answer being drawn is drawn, or null. */
+  pendingFocus: null,
+  /**
+   * What was stored elsewhere (another tab, a script, another process) since the top page was
+   * drawn, when it changes what the page shows: {page, rows: [labels]}; null when the page shows
+   * what is stored. Set by stale.js.
+   */
+  stale: null,
+  /** How many looks at the stored files were asked for, and the last one done. */
+  staleLooks: 0,
+  staleChecks: 0,
   /** When the last answer was drawn (performance.now()). */
   drawnAt: 0,
   /** Whether the tab has opened the address it was given; until then its stack may still move. */
   addressOpened: false,
   /** The address part that could not be opened ({name, from, message}), or null. */
   unreachable: null,
-  /** The last search's results, and the row a result opened ({page, id, label}) or null. */
+  /** The last search's results and its words, and the row a result opened ({page, id, label}) or null. */
   searchResults: [],
+  searchQuery: '',
   highlighted: null,
+  /**
+   * Whether something is presented over the page (the rest of the window is inert meanwhile), and
+   * how many gestures that would have moved the stack under it were not sent.
+   */
+  modal: { shown: false, refused: 0 },
   /** The last restore: {changes} of its dry run, {restored}, or {refused: reason}. */
   restore: null,
 };

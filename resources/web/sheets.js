@@ -7,18 +7,21 @@ import { trapFocus } from './focus.js';
 
 let ownSheet = false;
 let trap = null;
+let cancelShown = null;
 
 /**
  * Shows a sheet titled title and answers {body, done}: its body and its Done button. cancel and
  * done are the bar's button titles (done: none when not given); onCancel and onDone run on their
  * taps; with doneHref, Done is a link to that address. own marks a sheet the page opened itself
  * (the colour editor), which the session's presentations leave alone until closeSheet({own: true}).
+ * kind names a sheet of a fixed size ("colour": one size whatever its body shows). The sheet fits
+ * the window, its bar always shown; its body scrolls.
  */
-export function openSheet(title, { cancel = 'Cancel', onCancel, done, onDone, doneHref, own = false } = {}) {
+export function openSheet(title, { cancel = 'Cancel', onCancel, done, onDone, doneHref, own = false, kind = '' } = {}) {
   releaseFocus();
   ownSheet = own;
   const layer = $('#sheet-layer');
-  const box = el('div', 'sheet');
+  const box = el('div', kind ? `sheet ${kind}-sheet` : 'sheet');
   box.setAttribute('role', 'dialog');
   box.setAttribute('aria-modal', 'true');
   box.setAttribute('aria-label', title);
@@ -39,11 +42,20 @@ export function openSheet(title, { cancel = 'Cancel', onCancel, done, onDone, do
   box.append(grabber, bar, body);
   layer.replaceChildren(box);
   layer.hidden = false;
+  // A window shorter than the phone frame scrolls: the frame's foot, where the sheet rises, is
+  // brought into view.
+  $('#device').scrollIntoView({ block: 'end', inline: 'nearest', behavior: 'instant' });
   layer.onclick = (event) => {
     if (event.target === layer) cancelButton.click();
   };
   trap = trapFocus(box, { keys: { Escape: () => cancelButton.click() } });
+  cancelShown = () => cancelButton.click();
   return { body, done: doneButton };
+}
+
+/** Cancels the page's own sheet if one is shown, as its Cancel does (a session's sheet is cancelled through the session). */
+export function cancelOwnSheet() {
+  if (ownSheet && cancelShown && !$('#sheet-layer').hidden) cancelShown();
 }
 
 /** openSheet's body alone. */
@@ -59,6 +71,7 @@ export function closeSheet({ own = false } = {}) {
   if (layer.hidden) return;
   layer.hidden = true;
   layer.replaceChildren();
+  cancelShown = null;
   releaseFocus();
 }
 

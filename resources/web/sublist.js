@@ -3,12 +3,17 @@
 
 import { act } from './api.js';
 import { $, el, PUSH_ANIMATION, tappable } from './dom.js';
+import { focusPage, mayMoveFocus } from './focus.js';
 import { renderNavigation } from './navigation.js';
 import { screen } from './screen.js';
 import { sameValue } from './values.js';
 
-/** Slides in the chooser of a list row (nothing for a missing or disabled row). */
-export function openSublist(row) {
+/**
+ * Slides in (unless options.animated is false) the chooser of a list row (nothing for a missing or
+ * disabled row). The page under it is out of reach of the keyboard while it is shown, and focus
+ * moves to the chosen value.
+ */
+export function openSublist(row, { animated = true } = {}) {
   if (!row || !row.enabled) return;
   const view = el('div', 'page sublist');
   const table = el('div', 'table');
@@ -45,7 +50,9 @@ export function openSublist(row) {
     const at = cells.findIndex((cell) => cell.node === document.activeElement);
     if (!step || at < 0) return;
     event.preventDefault();
-    cells[(at + step + cells.length) % cells.length].node.focus();
+    const next = cells[(at + step + cells.length) % cells.length].node;
+    for (const cell of cells) cell.node.tabIndex = cell.node === next ? 0 : -1;
+    next.focus();
   });
   const sublist = {
     row,
@@ -65,18 +72,39 @@ export function openSublist(row) {
     },
   };
   sublist.refresh(screen.state.page);
+  const under = screen.pages.get(screen.stack[screen.stack.length - 1]);
+  sublist.under = under || null;
+  if (under) {
+    under.opener = `c${row.uid}`;
+    under.element.inert = true;
+  }
+  // Roving focus: the chosen value is the choices' one stop of the Tab key.
+  const chosen = cells.find((cell) => cell.node.getAttribute('aria-checked') === 'true') || cells[0];
+  for (const cell of cells) cell.node.tabIndex = cell === chosen ? 0 : -1;
   screen.sublist = sublist;
   $('#pages').append(view);
-  view.animate([{ transform: 'translateX(100%)' }, { transform: 'translateX(0)' }], PUSH_ANIMATION);
+  if (animated) view.animate([{ transform: 'translateX(100%)' }, { transform: 'translateX(0)' }], PUSH_ANIMATION);
+  screen.slides.push({ page: `choose:${p.key || ''}`, direction: 'push', animated });
   renderNavigation(screen.state, { titleDuration: 0 });
+  // A deep link opened in a fresh tab leaves focus where a page load leaves it.
+  if (chosen && animated && mayMoveFocus()) chosen.node.focus({ preventScroll: true });
   window.dispatchEvent(new Event('nimbra:sublist'));
 }
 
-/** Closes the chooser shown, sliding it out unless immediately. */
+/**
+ * Closes the chooser shown, sliding it out unless immediately; focus returns to the row that
+ * opened it when the chooser had it.
+ */
 export function closeSublist(immediately) {
   const sublist = screen.sublist;
   if (!sublist) return;
   screen.sublist = null;
+  sublist.element.inert = true;
+  const under = sublist.under;
+  if (under) {
+    under.element.inert = false;
+    if (under.element.classList.contains('current')) focusPage(under, under.opener && under.items.get(under.opener));
+  }
   if (immediately) {
     sublist.element.remove();
   } else {

@@ -233,11 +233,14 @@ test('a segmented control draws iOS\'s pill, moves it at once, and follows the s
   await page.waitForFunction(() => document.querySelector('.page.current [role=radiogroup] [aria-checked="true"]')?.textContent === 'Custom');
   await page.unroute(SET);
 
-  // Arrow keys move between the segments and choose.
+  // The arrow keys move focus between the segments; Enter chooses the one focused.
   await custom.focus();
   await page.keyboard.press('ArrowLeft');
-  await waitForState(server, (s) => rowOf(s, { key: 'visibility' }).value !== 2);
-  assert.notEqual(await chosen(), 'Custom');
+  assert.equal(await group.getByRole('radio', { name: 'Hidden' }).evaluate((node) => node === document.activeElement), true);
+  assert.equal(await chosen(), 'Custom', 'an arrow chooses nothing');
+  await page.keyboard.press('Enter');
+  await waitForState(server, (s) => rowOf(s, { key: 'visibility' }).value === 1);
+  assert.equal(await chosen(), 'Hidden');
   await animationsDone(page);
   await screenshot(page, 'segment-pill');
   await page.context().close();

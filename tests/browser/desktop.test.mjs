@@ -262,7 +262,7 @@ test('a malformed backup is refused with its reason and nothing written', async 
     fs.writeFileSync(bad, '<?xml version="1.0"?><plist version="1.0"><dict><key>format</key><string>com.veltram.nimbraprefs.backup</string><key>version</key><integer>9</integer></dict></plist>');
     await page.locator('#backup-input').setInputFiles(bad);
     await page.waitForFunction(() => window.nimbra.restore && window.nimbra.restore.refused);
-    assert.match(await page.locator('#toast').textContent(), /cannot be restored: .*version is not supported/);
+    assert.match(await page.locator('#notices .notice').textContent(), /cannot be restored: .*version is not supported/);
     assert.deepEqual(productFiles(server.root), before);
     assert.deepEqual(await stackOf(page), [ROOT]);
     await page.context().close();

@@ -224,7 +224,9 @@ test('a picture chosen on this computer is uploaded, stored as the script stores
     const again = await choosePicture(page, row);
     await waitForState(server, (s) => s.presented?.kind === 'imagePicker');
     await again.setFiles({ name: 'notes.txt', mimeType: 'text/plain', buffer: Buffer.from('not a picture') });
-    await page.locator('#toast', { hasText: 'not a picture' }).waitFor();
+    // Said in the photo library itself, and above the page once it is closed.
+    await page.getByRole('dialog', { name: 'Photos' }).locator('.notice', { hasText: 'not a picture' }).waitFor();
+    assert.equal(await page.locator('#notices .notice', { hasText: 'not a picture' }).count(), 1);
     assert.equal((await server.state()).presented?.kind, 'imagePicker', 'the photo library stays open');
     await page.getByRole('dialog', { name: 'Photos' }).getByRole('button', { name: 'Cancel' }).click();
     await waitForState(server, (s) => !s.presented);

@@ -158,3 +158,75 @@ TEST(ServerSessions, ARequestForEventsWaitsUntilOneHappens)
     EXPECT_EQ(woken.second["state"]["page"]["page"], "NIMSpecialThanksPrefsListController");
     EXPECT_EQ(tab.get("/api/events?wait=x").first, 400);
 }
+
+TEST(ServerSessions, TheStoredStampChangesWithEveryWriteFromAnywhere)
+{
+    test::RunningServer server;
+    Tab a{server, "tab-aaaaaaaa"}, b{server, "tab-bbbbbbbb"};
+    ASSERT_EQ(a.post("/api/session", {{"id", a.id}}).first, 200);
+    ASSERT_EQ(b.post("/api/session", {{"id", b.id}}).first, 200);
+    auto stamp = [&](const Tab& tab) {
+        auto [status, body] = tab.get("/api/stored");
+        EXPECT_EQ(status, 200) << body.dump();
+        return body.value("stamp", std::string());
+    };
+    std::string first = stamp(a);
+    ASSERT_EQ(first.size(), 16u);
+    EXPECT_EQ(stamp(b), first) << "every tab sees the same files";
+    EXPECT_EQ(stamp(a), first) << "asking changes nothing";
+
+    // A gesture of another tab.
+    ASSERT_EQ(b.post("/api/set", {{"key", "nimbraEnabled"}, {"value", true}}).first, 200);
+    std::string second = stamp(a);
+    EXPECT_NE(second, first);
+    // Another process rewriting a domain file with the same size.
+    auto run = test::runScript({"--root", server.root.path().string()}, "write com.veltram.nimbraprefs nimbraEnabled false\n");
+    ASSERT_EQ(run.status, 0) << run.errors;
+    std::string third = stamp(a);
+    EXPECT_NE(third, second);
+    // A file of another product is not the bundle's.
+    test::writeFile(test::under(server.root.path(), "/var/jb/var/mobile/Library/Preferences/com.example.other.plist"), "x");
+    EXPECT_EQ(stamp(a), third);
+    // A picture is.
+    test::writeFile(test::under(server.root.path(), "/var/jb/var/mobile/Library/Nimbra/Picture.png"), "x");
+    EXPECT_NE(stamp(a), third);
+
+    EXPECT_EQ((Tab{server, "tab-unknown0"}.get("/api/stored").first), 410);
+}
+
+TEST(ServerSessions, APageBelowTheTopTakesAChangeOfItsOwnRow)
+{
+    test::RunningServer server;
+    Tab a{server, "tab-aaaaaaaa"};
+    ASSERT_EQ(a.post("/api/session", {{"id", a.id}}).first, 200);
+    ASSERT_EQ(a.post("/api/open", {{"class", "NIMNimbraSettingsPrefsListController"}}).first, 200);
+    auto rootValue = [](const Json& state) {
+        for (auto& row : state["root"])
+            if (row["key"] == "nimbraEnabled")
+                return row["value"];
+        return Json("missing");
+    };
+    auto rootLinks = [](const Json& state) {
+        std::size_t links = 0;
+        for (auto& row : state["root"])
+            links += !row["detail"].get<std::string>().empty();
+        return links;
+    };
+    Json before = a.get("/api/state").second;
+    ASSERT_TRUE(before.contains("root")) << "a page is pushed over the root";
+
+    auto [status, answer] = a.post("/api/set", {{"key", "nimbraEnabled"}, {"value", true}, {"level", 0}});
+    ASSERT_EQ(status, 200) << answer.dump();
+    EXPECT_EQ(answer["state"]["stack"].size(), 2u) << "the page on top stays";
+    EXPECT_EQ(rootValue(answer["state"]), true);
+    EXPECT_GT(rootLinks(answer["state"]), rootLinks(before)) << "the root shows its group links";
+
+    answer = a.post("/api/set", {{"key", "nimbraEnabled"}, {"value", false}, {"level", 0}}).second;
+    EXPECT_EQ(rootValue(answer["state"]), false);
+    EXPECT_EQ(rootLinks(answer["state"]), rootLinks(before));
+
+    EXPECT_EQ(a.post("/api/set", {{"key", "nimbraEnabled"}, {"value", true}, {"level", 5}}).first, 400);
+    EXPECT_EQ(a.post("/api/set", {{"key", "nimbraEnabled"}, {"value", true}}).first, 404) << "the top page has no such row";
+    ASSERT_EQ(a.post("/api/back").first, 200);
+    EXPECT_FALSE(a.get("/api/state").second.contains("root")) << "the root page is the top";
+}

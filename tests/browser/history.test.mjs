@@ -1,0 +1,136 @@
+// The browser's history along the pages: every page reached (a link row, a search result, the
+// sidebar, a deep link) is an entry of its own, Back and Forward never leave the app while it has
+// pages to go back to, and a deep link shows its page without sliding through the pages on its way.
+
+import assert from 'node:assert/strict';
+import { after, before, test } from 'node:test';
+
+import { launchBrowser, runScript, screenshot, startServer, tempRoot } from './helpers.mjs';
+
+let browser;
+before(async () => {
+  browser = await launchBrowser();
+});
+after(async () => {
+  await browser?.close();
+});
+
+const DESKTOP = { width: 1440, height: 900 };
+const ROOT = 'NIMRootListController';
+const HOME = 'NIMHomeScreenRootPrefsListController';
+const DOCK = 'NIMHomeScreenDockPrefsListController';
+const CC = 'NIMControlCenterRootPrefsListController';
+const SLIDERS = 'NIMControlCenterSlidersPrefsListController';
+const LOCK = 'NIMLockScreenRootPrefsListController';
+
+async function enabledServer() {
+  const root = tempRoot();
+  runScript(root, [
+    'write com.veltram.nimbraprefs nimbraEnabled true',
+    'write com.veltram.nimbraprefs.homescreen enabled true',
+    'write com.veltram.nimbraprefs.controlcenter enabled true',
+  ]);
+  return startServer({ root });
+}
+
+/** A tab of its own that was on another page before the app (so that leaving the app shows). */
+async function openTab(server, address = '') {
+  const context = await browser.newContext({ viewport: DESKTOP });
+  const page = await context.newPage();
+  page.scriptErrors = [];
+  page.on('pageerror', (error) => page.scriptErrors.push(error.message));
+  await page.goto('about:blank');
+  await page.goto(server.url + address);
+  await page.locator('.page.current').waitFor();
+  await page.waitForFunction(() => window.nimbra.addressOpened);
+  return page;
+}
+
+async function waitForStack(page, classes) {
+  await page.waitForFunction(
+    (wanted) => location.protocol === 'http:' && window.nimbra && window.nimbra.state &&
+      JSON.stringify(window.nimbra.state.stack.map((entry) => entry.class)) === JSON.stringify(wanted) &&
+      document.querySelector('.page.current').getAnimations().length === 0,
+    classes,
+  );
+}
+
+/** The browser's Back (or Forward), then the stack it must show, still inside the app. */
+async function travel(page, server, direction, classes) {
+  if (direction === 'back') await page.goBack();
+  else await page.goForward();
+  assert.ok(page.url().startsWith(server.url), `${direction} stayed in the app (now at ${page.url()})`);
+  await waitForStack(page, classes);
+}
+
+test('a search result two levels deep is an entry per page: Back and Forward walk the pages, never out of the app', async () => {
+  const server = await enabledServer();
+  try {
+    const page = await openTab(server);
+    await page.locator('#search').fill('show percentage');
+    const result = page.locator('#search-results .search-result', { hasText: 'Control Center › Sliders' }).first();
+    await result.click();
+    await waitForStack(page, [ROOT, CC, SLIDERS]);
+    assert.equal(new URL(page.url()).hash, '#/ControlCenterRoot/ControlCenterSliders');
+
+    await travel(page, server, 'back', [ROOT, CC]);
+    await travel(page, server, 'back', [ROOT]);
+    await travel(page, server, 'forward', [ROOT, CC]);
+    await travel(page, server, 'forward', [ROOT, CC, SLIDERS]);
+
+    // The sidebar's jump to another group is an entry too; Back returns to the page it left.
+    await page.locator('#sidebar-rows .sidebar-row', { hasText: 'Lock Screen' }).click();
+    await waitForStack(page, [ROOT, LOCK]);
+    await travel(page, server, 'back', [ROOT, CC, SLIDERS]);
+    await travel(page, server, 'forward', [ROOT, LOCK]);
+
+    // The in-app Back goes back in the history: Forward brings the page again.
+    await page.locator('#sidebar-rows .sidebar-row', { hasText: 'Home Screen' }).click();
+    await waitForStack(page, [ROOT, HOME]);
+    await page.locator('.page.current .cell', { hasText: 'Dock' }).first().click();
+    await waitForStack(page, [ROOT, HOME, DOCK]);
+    await page.locator('#nav-back').click();
+    await waitForStack(page, [ROOT, HOME]);
+    await travel(page, server, 'forward', [ROOT, HOME, DOCK]);
+
+    // Every page of the way back is still there before the app is left.
+    const pages = [[ROOT, HOME], [ROOT, LOCK], [ROOT, CC, SLIDERS], [ROOT, CC], [ROOT]];
+    for (const stack of pages) await travel(page, server, 'back', stack);
+    await page.goBack();
+    assert.equal(page.url(), 'about:blank', 'only now the app is left');
+    assert.deepEqual(page.scriptErrors, []);
+    await page.context().close();
+  } finally {
+    await server.stop();
+  }
+});
+
+test('a deep link shows its page at once; a jump slides only its last page', async () => {
+  const server = await enabledServer();
+  try {
+    const page = await openTab(server, '#/HomeScreenRoot/HomeScreenDock');
+    await waitForStack(page, [ROOT, HOME, DOCK]);
+    const slides = await page.evaluate(() => window.nimbra.slides);
+    assert.deepEqual(slides.filter((slide) => slide.direction !== 'none').map((slide) => [slide.page, slide.animated]),
+      [[HOME, false], [DOCK, false]], 'the pages on the way and the page itself are shown without a slide');
+    await screenshot(page, 'history-deep-link-1440x900');
+
+    // A search result two levels away: back to the root and on to the result's page, one slide.
+    const before = slides.length;
+    await page.locator('#search').fill('show percentage');
+    await page.locator('#search-results .search-result', { hasText: 'Control Center › Sliders' }).first().click();
+    await waitForStack(page, [ROOT, CC, SLIDERS]);
+    const jump = (await page.evaluate(() => window.nimbra.slides)).slice(before).map((slide) => [slide.page, slide.direction, slide.animated]);
+    assert.deepEqual(jump, [[HOME, 'pop', false], [ROOT, 'pop', false], [CC, 'push', false], [SLIDERS, 'push', true]]);
+
+    // A link row slides its page in, and the in-app Back slides it out.
+    await page.locator('#nav-back').click();
+    await waitForStack(page, [ROOT, CC]);
+    const back = await page.evaluate(() => window.nimbra.slides.at(-1));
+    assert.deepEqual([back.page, back.direction, back.animated], [CC, 'pop', true]);
+    assert.deepEqual(page.scriptErrors, []);
+    await page.context().close();
+  } finally {
+    await server.stop();
+  }
+});
