@@ -47,8 +47,8 @@ std::vector<std::string> PageDescription::mayShowTwice() const
 {
     std::vector<std::string> ids = insertedAgain;
     for (auto& rule : rules)
-        if (rule.unguarded || rule.guardNeverCaptured)
-            for (auto& id : rule.childIds())
+        if (rule.guardNeverCaptured)
+            for (auto& id : hiddenBy(rule))
                 if (std::find(ids.begin(), ids.end(), id) == ids.end())
                     ids.push_back(id);
     return ids;

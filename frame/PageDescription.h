@@ -47,8 +47,8 @@ struct PageDescription {
     const CollapsibleGroupRule* ruleForKey(std::string_view key) const;
     /// The rule of that name, or nullptr.
     const CollapsibleGroupRule* ruleNamed(std::string_view name) const;
-    /// Every row the page may show more than once: `insertedAgain` and the children of rules
-    /// without a presence test, or whose presence test looks up an id the page never captures.
+    /// Every row the page may show more than once: `insertedAgain` and the rows of rules whose
+    /// presence test looks up an id the page never captures (their children and nested rows).
     std::vector<std::string> mayShowTwice() const;
     /// The rows a rule removes when it is not shown (its own list, or its children followed by what
     /// its nested rules hide).

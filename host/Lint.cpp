@@ -227,8 +227,9 @@ private:
 
     /// A row shows, when nothing is stored, what the code reading its key sees: the default the
     /// page's reload names for the key (boolForKey:default:, integerForKey:default:), else NO for a
-    /// switch and 0 for a choice whose value a rule tests (an absent key reads NO / 0, for the
-    /// page and for the customisation code alike).
+    /// switch (an absent key reads NO, for the page and for the customisation code alike); a
+    /// choice whose value a rule tests shows a value for which the reload of every such rule
+    /// decides as it does for the absent key's 0 (or named default).
     void checkDefault(std::size_t i)
     {
         const PlistValue& item = _items[i];
@@ -256,10 +257,21 @@ private:
             return;
         }
         if ((cell == "PSSegmentCell" || cell == "PSLinkListCell") && tested && numeric) {
-            std::int64_t expected = read.isNil() ? 0 : read.integerValue();
-            if (shown.isNil() ? expected != 0 : shown.integerValue() != expected)
+            // A choice may show one of its own values for the absent key's 0, as long as every
+            // rule's reload decides alike for both.
+            PlistValue absent = read.isNil() ? PlistValue(0) : read;
+            PlistValue showing = shown.isNil() ? PlistValue(0) : shown;
+            bool alike = true;
+            for (auto& rule : _page.rules) {
+                if (rule.key != key && rule.reloadKey != key)
+                    continue;
+                // What the reload, which reads the stored value, does with each.
+                const Condition& removes = rule.reloadRemovesWhen ? *rule.reloadRemovesWhen : rule.shownWhen;
+                alike = alike && removes.holds(absent) == removes.holds(showing);
+            }
+            if (!alike)
                 wording(describe(i) + " shows " + (shown.isNil() ? std::string("no value") : std::to_string(shown.integerValue())) +
-                        " while nothing is stored, but \"" + key + "\" reads " + std::to_string(expected) + " when absent");
+                        " while nothing is stored, but \"" + key + "\" reads " + std::to_string(absent.integerValue()) + " when absent");
         }
     }
 

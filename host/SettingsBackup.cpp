@@ -2,7 +2,6 @@
 
 #include "host/JsonValue.h"
 #include "platform/HBPreferences.h"
-#include "platform/HBPreferencesRestore.h"
 #include "platform/NSFileManager.h"
 #include "platform/Process.h"
 #include "platform/PropertyListSerialization.h"
@@ -285,9 +284,11 @@ nlohmann::ordered_json SettingsBackup::changes() const
 
 void SettingsBackup::restore() const
 {
-    for (auto& [identifier, values] : _domains)
-        if (!replaceDomainContents(identifier, values))
+    for (auto& [identifier, values] : _domains) {
+        auto preferences = HBPreferences::isValidIdentifier(identifier) ? HBPreferences::preferencesForIdentifier(identifier) : nullptr;
+        if (!preferences || !preferences->replaceAllObjects(values))
             throw BackupError("could not write " + HBPreferences::pathForIdentifier(identifier) + "; the restore is incomplete");
+    }
     for (auto& [name, bytes] : _pictures) {
         std::string path = std::string(kPictureFolder) + name + ".png";
         if (!NSFileManager::defaultManager().writeAtomically(path, bytes))

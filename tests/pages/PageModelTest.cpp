@@ -9,7 +9,7 @@
 //   - the table's insert, remove and reload events explain exactly how the shown rows changed.
 //
 // The sequences are seeded, so a run is repeatable. NIMBRA_MODEL_SEQUENCES (sequences per page,
-// default 6), NIMBRA_MODEL_STEPS (steps per sequence, default 40), NIMBRA_MODEL_SEED (default 1)
+// default 30), NIMBRA_MODEL_STEPS (steps per sequence, default 60), NIMBRA_MODEL_SEED (default 1)
 // and NIMBRA_MODEL_SECONDS (keep starting new sequences on each page until that many seconds have
 // passed) make longer runs by hand. A failure prints the steps as a `nimbra-prefs script` that
 // replays them on a fresh root.
@@ -465,8 +465,8 @@ TEST_P(PageModel_, EveryStepKeepsTheShownRowsTrue)
 {
     const NIMPageEntry* entry = NIMPageCatalog::find(GetParam());
     ASSERT_NE(entry, nullptr);
-    long sequences = envNumber("NIMBRA_MODEL_SEQUENCES", 6);
-    long steps = envNumber("NIMBRA_MODEL_STEPS", 40);
+    long sequences = envNumber("NIMBRA_MODEL_SEQUENCES", 30);
+    long steps = envNumber("NIMBRA_MODEL_STEPS", 60);
     long seed = envNumber("NIMBRA_MODEL_SEED", 1);
     long seconds = envNumber("NIMBRA_MODEL_SECONDS", 0);
 
