@@ -12,14 +12,26 @@ Every figure is the median of interleaved rounds (this machine's cores are share
   10,000 open/back cycles;
 - the shipped tour (resources/tour.nps) on a fresh root on tmpfs, wall time;
 - the root page and the largest page opened cold, one process each, CPU time;
-- resetAll over 10,000 and 100,000 files on tmpfs against `find -iregex ... -delete` on the same tree.
+- resetAll over 10,000 and 100,000 files on tmpfs against `find -iregex ... -delete` on the same tree;
+- the hosts on a device-like root (300 apps, a flat Preferences folder of 2,000 files): `script`
+  start to its first JSON against a C program that parses the largest definition with libplist;
+  `serve` start to its first /api/state against `script` start; a `set` with 32 clients at once
+  (p99) against 32 x the p50 of one client; `serve`'s resident size with 32 sessions against after
+  start; `script` after 10,000 reloads whose events nobody reads against the same with `events`
+  read; the app picker's `rows` with 3,000 apps all chosen against none chosen.
 
 --quick takes 1,000 instead of 10,000 for the memory figures and leaves out the 100,000-file tree.
 """
 
 import argparse
+import http.client
 import json
 import os
+import re
+import socket
+import struct
+import threading
+import zlib
 import plistlib
 import shutil
 import statistics
@@ -122,11 +134,294 @@ def peak_memory(exe, body, times):
     return peak
 
 
+# The hosts at a device's scale.
+
+DEVICE_APPS = 300
+DEVICE_FILES = 2000
+C_PARSE = r"""
+#include <plist/plist.h>
+#include <stdio.h>
+#include <stdlib.h>
+int main(int argc, char** argv) {
+    FILE* f = fopen(argv[1], "rb");
+    if (!f) return 2;
+    fseek(f, 0, SEEK_END); long n = ftell(f); fseek(f, 0, SEEK_SET);
+    char* data = malloc(n); if (fread(data, 1, n, f) != (size_t)n) return 2;
+    plist_t root = NULL; plist_from_xml(data, (uint32_t)n, &root);
+    puts(root ? "{}" : "null"); fflush(stdout);
+    plist_free(root); free(data); fclose(f);
+    return 0;
+}
+"""
+
+
+def device_root(exe, apps=DEVICE_APPS, files=DEVICE_FILES):
+    """A seeded root with apps installed apps and a flat Preferences folder of files files."""
+    root = Root(exe)
+    installed = root.path / ".rootfs/var/mobile/Library/MobileInstallation/InstalledApplications.plist"
+    installed.parent.mkdir(parents=True, exist_ok=True)
+    installed.write_bytes(plistlib.dumps([{"CFBundleIdentifier": f"com.vendor.app{i:04d}", "CFBundleDisplayName": f"App {i:04d}"}
+                                          for i in range(apps)]))
+    folder = root.path / PREFERENCES
+    folder.mkdir(parents=True, exist_ok=True)
+    for i in range(files):
+        (folder / f"com.othervendor.tweak{i}.plist").write_bytes(plistlib.dumps({"enabled": True}))
+    return root
+
+
+def first_line_seconds(command, stdin_text=""):
+    """Wall seconds from starting command to its first line of standard output."""
+    start = time.perf_counter()
+    child = subprocess.Popen(command, stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
+    child.stdin.write(stdin_text)
+    child.stdin.close()
+    child.stdout.readline()
+    seconds = time.perf_counter() - start
+    child.stdout.read()
+    child.wait()
+    return seconds
+
+
+class Serve:
+    """`nimbra-prefs serve --port 0` on a root, stopped with stop()."""
+
+    def __init__(self, exe, root):
+        self.start = time.perf_counter()
+        self.child = subprocess.Popen([exe, "--root", root, "serve", "--port", "0"], stdout=subprocess.PIPE,
+                                      stderr=subprocess.DEVNULL, text=True)
+        line = self.child.stdout.readline()
+        self.port = int(re.search(r"127\.0\.0\.1:(\d+)/", line).group(1))
+
+    def request(self, method, path, body=None, session=None, connection=None):
+        own = connection is None
+        connection = connection or http.client.HTTPConnection("127.0.0.1", self.port, timeout=60)
+        headers = {"Host": f"127.0.0.1:{self.port}"}
+        if body is not None:
+            headers["Content-Type"] = "application/json"
+        if session:
+            headers["X-Nimbra-Session"] = session
+        connection.request(method, path, json.dumps(body) if body is not None else None, headers)
+        answer = connection.getresponse()
+        data = answer.read()
+        if own:
+            connection.close()
+        return answer.status, data
+
+    def resident_kib(self):
+        for line in Path(f"/proc/{self.child.pid}/status").read_text().splitlines():
+            if line.startswith("VmRSS:"):
+                return int(line.split()[1])
+        return 0
+
+    def stop(self):
+        self.child.terminate()
+        self.child.wait()
+
+
+def serve_start(exe, root):
+    """Wall seconds from starting serve to its first /api/state answered."""
+    server = Serve(exe, root)
+    server.request("GET", "/api/state")
+    seconds = time.perf_counter() - server.start
+    server.stop()
+    return seconds
+
+
+def concurrent_sets(exe, root, clients, each=20):
+    """Wall seconds of each `set` (a switch flip in a tab's own session, kept-alive connection) with
+    clients tabs flipping at once: all the times, pooled."""
+    server = Serve(exe, root)
+    times, lock = [], threading.Lock()
+
+    def tab(n):
+        session = f"bench-tab-{n:04d}"
+        connection = http.client.HTTPConnection("127.0.0.1", server.port, timeout=60)
+        server.request("POST", "/api/session", {"id": session}, session, connection)
+        server.request("POST", "/api/open", {"class": "NIMBatteryLineColorsPrefsListController"}, session, connection)
+        mine = []
+        for i in range(each):
+            start = time.perf_counter()
+            server.request("POST", "/api/set", {"key": "lpmColorEnabled", "value": i % 2 == 0}, session, connection)
+            mine.append(time.perf_counter() - start)
+        with lock:
+            times.extend(mine)
+
+    threads = [threading.Thread(target=tab, args=(n,)) for n in range(clients)]
+    for thread in threads:
+        thread.start()
+    for thread in threads:
+        thread.join()
+    server.stop()
+    return sorted(times)
+
+
+def percentile(values, fraction):
+    return values[min(len(values) - 1, int(fraction * len(values)))]
+
+
+def serve_memory(exe, root, sessions=32):
+    """serve's resident KiB after start and with sessions tabs open, each on the largest page."""
+    server = Serve(exe, root)
+    server.request("GET", "/api/state")
+    after_start = server.resident_kib()
+    for n in range(sessions):
+        session = f"bench-mem-{n:04d}"
+        server.request("POST", "/api/session", {"id": session}, session)
+        server.request("POST", "/api/open", {"class": LARGEST}, session)
+    loaded = server.resident_kib()
+    server.stop()
+    return after_start, loaded
+
+
+def picker_rows(exe, chosen, apps=3000):
+    """CPU seconds of `rows` in the app picker of apps installed apps with chosen of them chosen."""
+    root = device_root(exe, apps=apps, files=0)
+    store = root.path / PREFERENCES / "com.veltram.nimbraprefs.batteryline.blackListedApps.plist"
+    store.write_bytes(plistlib.dumps({"blackListedApps": [f"com.vendor.app{i:04d}" for i in range(chosen)]}))
+    opening = ("open NIMBatteryLineVisibilityPrefsListController\nset visibility 2\nset enableBlackListedApps true\n"
+               "tap topLevelChild8Child\n")
+    base = root.script(opening)[1]
+    drawn = root.script(opening + "rows\n" * 10)[1]
+    root.remove()
+    return (drawn - base) / 10
+
+
+def idle_connections(exe, root, count=1000, requests=20):
+    """Wall seconds of each GET /api/state beside count idle connections (sorted)."""
+    import resource
+    soft, hard = resource.getrlimit(resource.RLIMIT_NOFILE)
+    want = count + 256
+    if soft < want and (hard == resource.RLIM_INFINITY or hard >= want):
+        resource.setrlimit(resource.RLIMIT_NOFILE, (want, hard))
+    server = Serve(exe, root)
+    idle = [socket.create_connection(("127.0.0.1", server.port)) for _ in range(count)]
+    times = []
+    for _ in range(requests):
+        start = time.perf_counter()
+        server.request("GET", "/api/state")
+        times.append(time.perf_counter() - start)
+    for connection in idle:
+        connection.close()
+    server.stop()
+    return sorted(times)
+
+
+def png(width, height):
+    """A PNG of one colour, width x height pixels (small: it compresses to almost nothing)."""
+    row = b"\x00" + bytes([90, 140, 200]) * width
+    chunk = lambda kind, data: (struct.pack(">I", len(data)) + kind + data +
+                                struct.pack(">I", zlib.crc32(kind + data) & 0xffffffff))
+    # Row by row: the raw pixels never sit in this process's memory (its children would count them).
+    compressor = zlib.compressobj(9)
+    compressed = b"".join(compressor.compress(row) for _ in range(height)) + compressor.flush()
+    return (b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", struct.pack(">IIBBBBB", width, height, 8, 2, 0, 0, 0)) +
+            chunk(b"IDAT", compressed) + chunk(b"IEND", b""))
+
+
+def beside_a_big_picture(exe, root, side=8192):
+    """While one tab uploads a side x side picture: the wall seconds of each `set` of another tab
+    (sorted), and the upload's own wall seconds."""
+    picture = png(side, side)
+    server = Serve(exe, root)
+    painter, other = "bench-painter", "bench-other1"
+    for session in (painter, other):
+        server.request("POST", "/api/session", {"id": session}, session)
+    server.request("POST", "/api/open", {"class": "NIMControlCenterRootPrefsListController"}, painter)
+    server.request("POST", "/api/set", {"key": "enabled", "value": True}, painter)
+    server.request("POST", "/api/set", {"key": "backgroundStyle", "value": 2}, painter)
+    server.request("POST", "/api/tap", {"id": "backgroundImageChild1"}, painter)
+    upload = {}
+
+    def send():
+        connection = http.client.HTTPConnection("127.0.0.1", server.port, timeout=300)
+        start = time.perf_counter()
+        connection.request("POST", "/api/image", picture, {"Host": f"127.0.0.1:{server.port}", "Content-Type": "image/png",
+                                                           "X-Nimbra-Session": painter})
+        connection.getresponse().read()
+        upload["seconds"] = time.perf_counter() - start
+        connection.close()
+
+    thread = threading.Thread(target=send)
+    thread.start()
+    times = []
+    connection = http.client.HTTPConnection("127.0.0.1", server.port, timeout=60)
+    while thread.is_alive():
+        start = time.perf_counter()
+        server.request("POST", "/api/set", {"key": "nimbraEnabled", "value": len(times) % 2 == 0}, other, connection)
+        times.append(time.perf_counter() - start)
+    thread.join()
+    server.stop()
+    return sorted(times), upload["seconds"]
+
+
+def host_figures(exe, rounds, add):
+    """The hosts' rows, measured in interleaved rounds into add(name, value)."""
+    cc = shutil.which("cc")
+    parser = None
+    if cc:
+        parser = Path(tempfile.mkdtemp(prefix="nimbra-cparse-", dir=TMPFS)) / "parse"
+        source = parser.with_suffix(".c")
+        source.write_text(C_PARSE)
+        flags = subprocess.run(["pkg-config", "--cflags", "--libs", "libplist-2.0"], capture_output=True, text=True).stdout.split()
+        subprocess.run([cc, "-O2", source, "-o", parser, *flags], check=True)
+    for _ in range(rounds):
+        root = device_root(exe)
+        add("scriptStart", first_line_seconds([exe, "--root", root.path, "script"], "show\n"))
+        if parser:
+            add("cParse", first_line_seconds([parser, LARGEST_FILE]))
+        add("serveStart", serve_start(exe, root.path))
+        one = concurrent_sets(exe, root.path, 1, each=60)
+        many = concurrent_sets(exe, root.path, 32)
+        add("setP50one", percentile(one, 0.5))
+        add("setP99many", percentile(many, 0.99))
+        beside = idle_connections(exe, root.path)
+        add("idleP50", percentile(beside, 0.5))
+        add("idleWorst", beside[-1])
+        others, upload = beside_a_big_picture(exe, root.path)
+        add("pictureOtherP99", percentile(others, 0.99))
+        add("pictureOtherWorst", others[-1])
+        add("pictureUpload", upload)
+        start_kib, loaded_kib = serve_memory(exe, root.path)
+        add("serveRssStart", start_kib)
+        add("serveRss32", loaded_kib)
+        root.remove()
+        add("pickerNone", picker_rows(exe, 0))
+        add("pickerAll", picker_rows(exe, 3000))
+    if parser:
+        shutil.rmtree(parser.parent, ignore_errors=True)
+
+
+def host_rows(m, memory, many):
+    ms = lambda s: f"{s * 1e3:,.1f} ms"
+    mib = lambda kib: f"{kib / 1024:,.1f} MiB"
+    rows = []
+    if "cParse" in m:
+        rows.append(("script start to first JSON", ms(m["scriptStart"]), "C libplist parse " + ms(m["cParse"]),
+                     m["scriptStart"] / m["cParse"], "<= 3"))
+    rows += [
+        ("serve start to first /api/state", ms(m["serveStart"]), "script start " + ms(m["scriptStart"]),
+         m["serveStart"] / m["scriptStart"], "<= 1.5"),
+        ("set p99, 32 clients at once", ms(m["setP99many"]), "32 x p50 of one " + ms(32 * m["setP50one"]),
+         m["setP99many"] / (32 * m["setP50one"]), "<= 2"),
+        ("GET beside 1,000 idle connections, worst", ms(m["idleWorst"]), "p50 " + ms(m["idleP50"]), None, "<= 100 ms"),
+        ("other tab's set, 8192x8192 upload, p99", ms(m["pictureOtherP99"]),
+         f"worst {ms(m['pictureOtherWorst'])}; upload {m['pictureUpload']:.1f} s", None, "<= 50 ms"),
+        ("serve RSS with 32 sessions", mib(m["serveRss32"]), "after start " + mib(m["serveRssStart"]),
+         m["serveRss32"] / m["serveRssStart"], "<= 2"),
+        (f"script RSS, {many:,} reloads, events unread", mib(memory[f"unread{many}"]),
+         "events read " + mib(memory[f"reload{many}"]), memory[f"unread{many}"] / memory[f"reload{many}"], "<= 2"),
+        ("app picker rows, 3,000 apps all chosen", ms(m["pickerAll"]), "none chosen " + ms(m["pickerNone"]),
+         m["pickerAll"] / m["pickerNone"], "<= 2"),
+    ]
+    return rows
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--build", default=str(SOURCE / "build"))
     parser.add_argument("--rounds", type=int, default=5)
     parser.add_argument("--quick", action="store_true")
+    parser.add_argument("--hosts", action="store_true", help="only the hosts' rows")
     args = parser.parse_args()
     build = Path(args.build)
     exe, bench = build / "nimbra-prefs", build / "bench" / "nimbra-bench"
@@ -138,6 +433,17 @@ def main():
 
     def add(name, value):
         figures.setdefault(name, []).append(value)
+
+    if args.hosts:
+        host_figures(exe, args.rounds, add)
+        m = {name: statistics.median(values) for name, values in figures.items()}
+        memory = {f"reload{many}": peak_memory(exe, "reload\nevents\n", many),
+                  f"unread{many}": peak_memory(exe, "reload\n", many)}
+        print(f"medians of {args.rounds} interleaved rounds; tmpfs at {TMPFS}")
+        for what, ours, peer, ratio, target in host_rows(m, memory, many):
+            ratio_text = f"{ratio:5.2f}x" if ratio is not None else "      "
+            print(f"{what:38} {ours:>14}  {peer:32} {ratio_text}  {target}")
+        return
 
     for _ in range(args.rounds):
         timings = google_benchmark(bench, ["openPage/systemRoot", "reloadPage", "libplistParse"])
@@ -160,7 +466,9 @@ def main():
             add(f"reset{files}", ours)
             add(f"find{files}", theirs)
 
+    host_figures(exe, args.rounds, add)
     memory = {
+        f"unread{many}": peak_memory(exe, "reload\n", many),
         "reload100": peak_memory(exe, "reload\nevents\n", 100),
         f"reload{many}": peak_memory(exe, "reload\nevents\n", many),
         "cycle100": peak_memory(exe, f"back\nopen {LARGEST}\nevents\n", 100),
@@ -191,6 +499,7 @@ def main():
         (f"peak RSS after {many:,} open/back", mib(memory[f"cycle{many}"]), "after 100: " + mib(memory["cycle100"]),
          None, f"+{(memory[f'cycle{many}'] - memory['cycle100']) / 1024:.1f} MiB (<= 2)"),
     ]
+    rows += host_rows(m, memory, many)
     print(f"medians of {args.rounds} interleaved rounds; tmpfs at {TMPFS}")
     for what, ours, peer, ratio, target in rows:
         ratio_text = f"{ratio:5.2f}x" if ratio is not None else "      "

@@ -4,6 +4,8 @@
 #include "platform/Process.h"
 #include "storage/NimbraDomains.h"
 
+#include <nlohmann/json.hpp>
+
 NIM_REGISTER_CLASS(NimbraImagePicker, PSTableCell);
 
 void NimbraImagePicker::initWithSpecifier(const std::shared_ptr<PSSpecifier>& specifier, int style)

@@ -12,11 +12,14 @@ struct ConnectionLimits {
     double requestSeconds = 10;
     /// The longest one write of an answer may wait for the client to take bytes. Default 5 s.
     double writeSeconds = 5;
-    /// How long an idle keep-alive connection is kept for its next request. Default 5 s.
+    /// How long a connection may wait before its first request begins, counted from its accept,
+    /// and an idle keep-alive connection for its next one. Default 5 s.
     double idleSeconds = 5;
-    /// The connections served at once (the worker threads); more wait for a free worker, which the
-    /// deadlines above bound. Default 64; 0 counts as 1.
-    std::size_t connections = 64;
+    /// The connections open at once. One more closes the oldest that has not begun a request (or is
+    /// itself closed when every one has). Default 2048; 0 counts as 1.
+    std::size_t connections = 2048;
+    /// The threads that run requests' handlers at most, started as they are needed. Default 16.
+    std::size_t workers = 16;
     /// Requests served over one connection before it is closed. Default 100; 0 counts as 1.
     std::size_t requestsPerConnection = 100;
 };

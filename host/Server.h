@@ -27,14 +27,13 @@ public:
         std::filesystem::path web;
         /// The bundle's icons, served below /icons/.
         std::filesystem::path icons;
-        /// Largest JSON request body, and largest uploaded image.
+        /// Largest JSON request body (a picture's limit is the session's, Session::kPictureBytes).
         std::size_t jsonLimit = 64 * 1024;
-        std::size_t imageLimit = 16 * 1024 * 1024;
         /// How many events /api/events keeps per session for browsers that are behind, and how many
         /// bytes of JSON they may take together (the newest event is always kept).
         std::size_t eventHistory = 4096;
         std::size_t eventHistoryBytes = 8 * 1024 * 1024;
-        /// Read deadlines and the connections served at once (see ConnectionLimits).
+        /// Deadlines, the connections open at once and the handlers' threads (see ConnectionLimits).
         ConnectionLimits connections;
         /// How many tabs' sessions are kept at most (the least recently used goes first).
         std::size_t sessionLimit = 32;
@@ -49,8 +48,8 @@ public:
     WebServer(const WebServer&) = delete;
     WebServer& operator=(const WebServer&) = delete;
 
-    /// Binds 127.0.0.1 and the port; throws std::runtime_error when the port cannot be had.
-    /// Returns the port bound.
+    /// Binds 127.0.0.1 and the port; throws std::runtime_error when the port cannot be had (one
+    /// another program listens on is never shared). Returns the port bound.
     int bind();
     /// "http://127.0.0.1:PORT/".
     std::string address() const;
@@ -59,7 +58,9 @@ public:
     /// Ends run() from any thread.
     void stop();
 
-private:
+    /// The inside, shared by the files that make it up.
     struct Impl;
+
+private:
     std::unique_ptr<Impl> _impl;
 };

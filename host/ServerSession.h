@@ -1,18 +1,22 @@
 #pragma once
 // One browser tab's session in `nimbra-prefs serve`: a Session of its own (navigation stack,
 // presented alert or picker, respring button, main queue) over the shared root, the numbered
-// history of its events, and stable identities for what its screen draws. Every call needs the
-// server's lock held and the session's process current (see activate()).
+// history of its events, and stable identities for what its screen draws. Each session has a lock
+// of its own (`mutex`): a slow gesture of one tab holds up only that tab. Every call needs that
+// lock held and the session's process current (see activate()).
 
 #include "host/Session.h"
 #include "platform/ProcessScope.h"
 
+#include <atomic>
 #include <chrono>
+#include <condition_variable>
 #include <cstddef>
 #include <cstdint>
 #include <deque>
 #include <map>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <utility>
@@ -34,6 +38,12 @@ public:
     ~ServerSession();
     ServerSession(const ServerSession&) = delete;
     ServerSession& operator=(const ServerSession&) = delete;
+
+    /// Held for every call below; `changed` is signalled (with it held) when the history grows.
+    std::mutex mutex;
+    std::condition_variable changed;
+    /// Set when the pool dropped the session: requests still holding it answer that it ended.
+    std::atomic<bool> ended = false;
 
     Session& session() { return *_session; }
     /// Makes the session's process current until the returned scope ends.
@@ -60,7 +70,7 @@ public:
     std::optional<std::string> failedWriteSince(std::uint64_t since) const;
 
     /// When a request last named the session.
-    std::chrono::steady_clock::time_point lastUsed() const { return _lastUsed; }
+    std::chrono::steady_clock::time_point lastUsed() const { return _lastUsed.load(); }
     void touch() { _lastUsed = std::chrono::steady_clock::now(); }
 
 private:
@@ -76,5 +86,5 @@ private:
     std::vector<std::pair<std::string, std::uint64_t>> _answered;
     std::map<const void*, std::pair<std::weak_ptr<const void>, std::uint64_t>> _identities;
     std::uint64_t _nextIdentity = 0;
-    std::chrono::steady_clock::time_point _lastUsed = std::chrono::steady_clock::now();
+    std::atomic<std::chrono::steady_clock::time_point> _lastUsed = std::chrono::steady_clock::now();
 };

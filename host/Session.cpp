@@ -15,6 +15,11 @@
 #include "platform/PropertyListSerialization.h"
 #include "storage/NIMAppPicker.h"
 
+#include <stb/stb_image.h>
+
+#include <atomic>
+#include <climits>
+
 Session::Session(Options options)
 {
     seedRoot(options.root);
@@ -56,7 +61,7 @@ std::shared_ptr<PSSpecifier> Session::shownRow(const std::string& property, cons
     for (auto& row : page->specifiers())
         if (row->propertyForKey(property).stringValue() == value)
             return row;
-    throw CommandError(page->className() + " shows no row with " + property + " \"" + value + "\"");
+    throw CommandError(page->className() + " shows no row with " + property + " \"" + value + "\"", CommandError::Kind::NotFound);
 }
 
 void Session::present(const std::shared_ptr<UIViewController>& controller)
@@ -68,7 +73,7 @@ void Session::open(const std::string& className)
 {
     const ObjCClass* cls = NSClassFromString(className);
     if (!cls || !cls->make || !ObjCRuntime::isSubclass(*cls, "PSListController"))
-        throw CommandError("unknown page controller \"" + className + "\"");
+        throw CommandError("unknown page controller \"" + className + "\"", CommandError::Kind::NotFound);
     // The root page chooses the colour-picker library when the bundle opens; a page opened
     // directly, before any choice was made, finds it chosen as the root page would have chosen it.
     if (className != "NIMRootListController" && !NimbraColorPickers::colorPickerChosen())
@@ -86,13 +91,18 @@ void Session::set(const std::string& key, const PlistValue& value, std::optional
         if (!row->isEnabled())
             throw CommandError("the row for \"" + key + "\" is disabled");
         // A libsparkcolourpicker row is edited by the library's own cell, which stores the colour itself.
-        if (spark)
+        if (spark) {
             SparkColourPicker::store(*row, value);
+            return;
+        }
+        // A slider hands over a real, whatever number was typed or sent.
+        if (row->cellType() == PSCellType::Slider && value.kind() == PlistValue::Kind::Integer)
+            page->setPreferenceValue(PlistValue(value.doubleValue()), row);
         else
             page->setPreferenceValue(value, row);
         return;
     }
-    throw CommandError(page->className() + " shows no row with key \"" + key + "\"");
+    throw CommandError(page->className() + " shows no row with key \"" + key + "\"", CommandError::Kind::NotFound);
 }
 
 void Session::write(const std::string& domain, const std::string& key, const PlistValue& value)
@@ -115,7 +125,7 @@ std::shared_ptr<PSSpecifier> Session::rowAt(std::size_t index) const
     auto page = requireTopPage();
     auto& rows = page->specifiers();
     if (index >= rows.size())
-        throw CommandError(page->className() + " shows no row " + std::to_string(index));
+        throw CommandError(page->className() + " shows no row " + std::to_string(index), CommandError::Kind::NotFound);
     return rows[index];
 }
 
@@ -141,7 +151,7 @@ void Session::tapRow(std::size_t index)
     if (row->cellType() == PSCellType::Link || row->cellType() == PSCellType::LinkList) {
         const ObjCClass* detail = row->detailControllerClass();
         if (!detail && !row->detailClassName().empty())
-            throw CommandError("page " + row->detailClassName() + " is not available yet");
+            throw CommandError("page " + row->detailClassName() + " is not available yet", CommandError::Kind::NotFound);
         if (detail && detail->name == "PSListItemsController")
             throw CommandError("row \"" + id + "\" is a list: choose its value with set");
         if (detail && detail->make) {
@@ -205,15 +215,67 @@ void Session::pick(const std::vector<std::string>& bundleIdentifiers)
             throw CommandError("no installed app has the bundle identifier \"" + identifier + "\"");
 }
 
+namespace {
+
+std::atomic<std::size_t> decodingPictures = 0;
+
+}  // namespace
+
+std::mutex& Session::pictureDecoding()
+{
+    static std::mutex decoding;
+    return decoding;
+}
+
+std::size_t Session::picturesDecoding()
+{
+    return decodingPictures;
+}
+
+std::shared_ptr<UIImage> Session::decodePicture(std::string_view bytes)
+{
+    if (bytes.size() > kPictureBytes)
+        throw CommandError("the picture is larger than " + std::to_string(kPictureBytes / (1024 * 1024)) + " MiB",
+                           CommandError::Kind::TooLarge);
+    int width = 0, height = 0, components = 0;
+    if (bytes.empty() || !stbi_info_from_memory(reinterpret_cast<const stbi_uc*>(bytes.data()), static_cast<int>(bytes.size()),
+                                                &width, &height, &components))
+        throw CommandError("the file is not a picture");
+    if (width <= 0 || height <= 0 || static_cast<long long>(width) * height > kPicturePixels)
+        throw CommandError("the picture is too large (" + std::to_string(width) + " x " + std::to_string(height) +
+                               " pixels; at most " + std::to_string(kPicturePixels / (1024 * 1024)) + " megapixels)",
+                           CommandError::Kind::TooLarge);
+    ++decodingPictures;
+    struct Done {
+        ~Done() { --decodingPictures; }
+    } done;
+    std::lock_guard turn(pictureDecoding());
+    auto picture = UIImage::imageWithData(bytes);
+    if (!picture)
+        throw CommandError("the file is not a picture");
+    return picture;
+}
+
 void Session::image(const std::filesystem::path& path)
+{
+    if (!std::dynamic_pointer_cast<UIImagePickerController>(requireTopPage()->presentedViewController()))
+        throw CommandError("no image picker is shown");
+    std::error_code ec;
+    if (auto size = std::filesystem::file_size(path, ec); !ec && size > kPictureBytes)
+        throw CommandError("the picture is larger than " + std::to_string(kPictureBytes / (1024 * 1024)) + " MiB",
+                           CommandError::Kind::TooLarge);
+    auto bytes = AtomicFile::read(path, kPictureBytes);
+    if (!bytes)
+        throw CommandError("\"" + path.string() + "\" is not an image file");
+    image(decodePicture(*bytes));
+}
+
+void Session::image(std::shared_ptr<UIImage> picture)
 {
     auto picker = std::dynamic_pointer_cast<UIImagePickerController>(requireTopPage()->presentedViewController());
     if (!picker)
         throw CommandError("no image picker is shown");
-    auto picked = UIImage::imageWithContentsOfFile(path);
-    if (!picked)
-        throw CommandError("\"" + path.string() + "\" is not an image file");
-    picker->pick(std::move(picked));
+    picker->pick(std::move(picture));
 }
 
 void Session::removeImage(const std::string& id)
@@ -344,7 +406,22 @@ Session::Json Session::events()
     auto& events = (answer["events"] = Json::array()).get_ref<Json::array_t&>();
     events.reserve(drained.size());
     std::move(drained.begin(), drained.end(), std::back_inserter(events));
+    if (_droppedEvents)
+        answer["dropped"] = std::exchange(_droppedEvents, 0);
     return answer;
+}
+
+void Session::commit()
+{
+    _process->commit();
+    auto& log = _process->events();
+    if (log.pending().size() > kUnreadEvents) {
+        std::vector<EventLog::Event> unread = log.drain();
+        std::size_t drop = unread.size() - kUnreadEvents;
+        _droppedEvents += drop;
+        for (auto it = unread.begin() + static_cast<std::ptrdiff_t>(drop); it != unread.end(); ++it)
+            log.record(std::move(*it));
+    }
 }
 
 Session::Json Session::file(const std::string& path) const

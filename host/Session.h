@@ -8,21 +8,67 @@
 
 #include <nlohmann/json.hpp>
 
+#include <cstddef>
 #include <filesystem>
 #include <memory>
+#include <mutex>
 #include <optional>
+#include <string_view>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
+/// A command that could not be carried out, and what kind of refusal it is (the browser host
+/// answers each kind with its own HTTP status; the message is for the user only).
 class CommandError : public std::runtime_error {
 public:
-    using std::runtime_error::runtime_error;
+    enum class Kind {
+        /// The command or its value is wrong, or the screen does not allow it now.
+        Refused,
+        /// What it names does not exist (a page, a row, an endpoint).
+        NotFound,
+        /// What it hands over is larger than allowed (a picture, a request body).
+        TooLarge,
+        /// What it hands over is of a type not taken (a request body's Content-Type).
+        UnsupportedType,
+        /// It comes from somewhere it may not (another site).
+        Forbidden,
+    };
+
+    explicit CommandError(const std::string& message, Kind kind = Kind::Refused)
+        : std::runtime_error(message)
+        , _kind(kind)
+    {
+    }
+    Kind kind() const { return _kind; }
+
+private:
+    Kind _kind;
 };
+
+class UIImage;
 
 class Session {
 public:
     using Json = nlohmann::ordered_json;
+
+    /// The largest picture the image picker takes, as a file and decoded: a 64-megapixel photo
+    /// (8192 x 8192) of at most 16 MiB. Both hosts hand pictures over through decodePicture.
+    static constexpr std::size_t kPictureBytes = 16 * 1024 * 1024;
+    static constexpr long long kPicturePixels = 8192LL * 8192;
+    /// The events a session keeps unread at most; older ones are dropped (and counted) once there
+    /// are more, so that a session whose events nobody reads stays flat in memory.
+    static constexpr std::size_t kUnreadEvents = 4096;
+
+    /// A picture's bytes decoded within the limits above. The size is read from the header before
+    /// anything is decoded; one picture is decoded at a time in the whole program (pictureDecoding()
+    /// is held meanwhile), which bounds the memory decoding takes. Needs no session: a host decodes
+    /// before it takes a session's turn. Throws CommandError (TooLarge, or Refused for bytes that
+    /// are no picture).
+    static std::shared_ptr<UIImage> decodePicture(std::string_view bytes);
+    static std::mutex& pictureDecoding();
+    /// The pictures being decoded or waiting for their turn, in the whole program.
+    static std::size_t picturesDecoding();
 
     /// The root, resources and system facts of the session's process.
     using Options = Process::Options;
@@ -50,8 +96,11 @@ public:
     void back();
     /// In the app picker on top, flips those apps.
     void pick(const std::vector<std::string>& bundleIdentifiers);
-    /// Answers the image picker being shown with an image file of this machine.
+    /// Answers the image picker being shown with an image file of this machine (decoded as
+    /// decodePicture does).
     void image(const std::filesystem::path& path);
+    /// Answers the image picker being shown with a decoded picture.
+    void image(std::shared_ptr<UIImage> picture);
     /// "Remove Picture" on the shown picture row whose "id" is id: its stored picture is deleted.
     /// Throws when the row is not a picture row, is disabled, or the file stays.
     void removeImage(const std::string& id);
@@ -74,6 +123,8 @@ public:
     // What the screen and the disk show.
     Json show() const;
     Json rows();
+    /// {"events":[...]}: what happened since the last call; "dropped" counts the events left out
+    /// when more than kUnreadEvents waited.
     Json events();
     Json file(const std::string& path) const;
     /// Everything a screen needs to draw the app now: the navigation stack, the top page (title, bar
@@ -86,8 +137,9 @@ public:
     /// Real-clock sessions: runs what fell due on the main queue.
     void tick();
 
-    /// Ends a command: draws what changed (bar buttons).
-    void commit() { _process->commit(); }
+    /// Ends a command: draws what changed (bar buttons), and drops the oldest unread events over
+    /// kUnreadEvents.
+    void commit();
 
 private:
     /// Shows a controller on top: push, then init's followers (specifiers, viewDidLoad, viewWillAppear:).
@@ -103,4 +155,5 @@ private:
 
     std::unique_ptr<Process> _process;
     std::shared_ptr<UINavigationController> _navigation;
+    std::size_t _droppedEvents = 0;
 };

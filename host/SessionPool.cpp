@@ -6,7 +6,7 @@ SessionPool::SessionPool(Session::Options options, std::size_t limit, EventHisto
     : _options(std::move(options))
     , _limit(std::max<std::size_t>(limit, 1))
     , _history(history)
-    , _main(std::make_unique<ServerSession>(_options, history))
+    , _main(std::make_shared<ServerSession>(_options, history))
 {
 }
 
@@ -19,35 +19,59 @@ bool SessionPool::isValidId(std::string_view id)
     });
 }
 
-ServerSession* SessionPool::find(std::string_view id)
+std::shared_ptr<ServerSession> SessionPool::find(std::string_view id)
 {
-    ServerSession* found = nullptr;
+    std::shared_ptr<ServerSession> found;
     if (id.empty()) {
-        found = _main.get();
-    } else if (auto it = _tabs.find(id); it != _tabs.end()) {
-        found = it->second.get();
+        found = _main;
+    } else {
+        std::lock_guard lock(_mutex);
+        if (auto it = _tabs.find(id); it != _tabs.end())
+            found = it->second;
     }
     if (found)
         found->touch();
     return found;
 }
 
-ServerSession& SessionPool::start(const std::string& id)
+std::shared_ptr<ServerSession> SessionPool::start(const std::string& id)
 {
-    _tabs.erase(id);
-    while (_tabs.size() >= _limit) {
-        auto oldest = std::min_element(_tabs.begin(), _tabs.end(),
-                                       [](auto& a, auto& b) { return a.second->lastUsed() < b.second->lastUsed(); });
-        _tabs.erase(oldest);
+    // The new session opens its root page outside the pool's lock: other tabs go on meanwhile.
+    auto session = std::make_shared<ServerSession>(_options, _history);
+    std::vector<std::shared_ptr<ServerSession>> dropped;
+    {
+        std::lock_guard lock(_mutex);
+        if (auto it = _tabs.find(id); it != _tabs.end()) {
+            dropped.push_back(it->second);
+            _tabs.erase(it);
+        }
+        while (_tabs.size() >= _limit) {
+            auto oldest = std::min_element(_tabs.begin(), _tabs.end(),
+                                           [](auto& a, auto& b) { return a.second->lastUsed() < b.second->lastUsed(); });
+            dropped.push_back(oldest->second);
+            _tabs.erase(oldest);
+        }
+        _tabs[id] = session;
     }
-    auto& session = _tabs[id];
-    session = std::make_unique<ServerSession>(_options, _history);
-    return *session;
+    for (auto& old : dropped) {
+        old->ended = true;
+        old->changed.notify_all();
+    }
+    // A dropped session goes with its last holder: here, or a request still running on it.
+    return session;
 }
 
-void SessionPool::forEach(const std::function<void(ServerSession&)>& visit)
+std::vector<std::shared_ptr<ServerSession>> SessionPool::all() const
 {
-    visit(*_main);
+    std::lock_guard lock(_mutex);
+    std::vector<std::shared_ptr<ServerSession>> sessions{_main};
     for (auto& [id, session] : _tabs)
-        visit(*session);
+        sessions.push_back(session);
+    return sessions;
+}
+
+std::size_t SessionPool::size() const
+{
+    std::lock_guard lock(_mutex);
+    return _tabs.size();
 }

@@ -4,7 +4,8 @@
 // main session, which lives as long as the server. At most `limit` tab sessions are kept: making
 // one more drops the one least recently used, so a tab left open for days or a script opening
 // thousands cannot grow the server without bound. A request naming a dropped or unknown session
-// is refused; the page then starts a fresh session on the root page.
+// is refused; the page then starts a fresh session on the root page. The pool is safe to use from
+// any thread; a session found stays alive while its holder keeps it, even once dropped.
 
 #include "host/ServerSession.h"
 
@@ -12,8 +13,10 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <string_view>
+#include <vector>
 
 class SessionPool {
 public:
@@ -29,19 +32,20 @@ public:
     /// The session of requests that name none.
     ServerSession& main() { return *_main; }
     /// The session named id ("" is the main one), marked as used now; nullptr when there is none.
-    ServerSession* find(std::string_view id);
+    std::shared_ptr<ServerSession> find(std::string_view id);
     /// A fresh session named id on the root page, replacing one of that name; the least recently
-    /// used session goes when there are more than the limit.
-    ServerSession& start(const std::string& id);
-    /// The main session, then every tab session.
-    void forEach(const std::function<void(ServerSession&)>& visit);
-    std::size_t size() const { return _tabs.size(); }
+    /// used session goes when there are more than the limit. Dropped sessions are marked ended.
+    std::shared_ptr<ServerSession> start(const std::string& id);
+    /// The main session, then every tab session (those there when the call began).
+    std::vector<std::shared_ptr<ServerSession>> all() const;
+    std::size_t size() const;
     std::size_t limit() const { return _limit; }
 
 private:
     Session::Options _options;
     std::size_t _limit;
     EventHistoryLimits _history;
-    std::unique_ptr<ServerSession> _main;
-    std::map<std::string, std::unique_ptr<ServerSession>, std::less<>> _tabs;
+    std::shared_ptr<ServerSession> _main;
+    mutable std::mutex _mutex;  // the tabs below
+    std::map<std::string, std::shared_ptr<ServerSession>, std::less<>> _tabs;
 };

@@ -3,6 +3,8 @@
 #include "platform/Darwin.h"
 #include "platform/Process.h"
 
+#include <nlohmann/json.hpp>
+
 namespace BackBoardServices {
 
 const char* const kFrameworkPath = "/System/Library/PrivateFrameworks/BackBoardServices.framework/BackBoardServices";

@@ -2,6 +2,8 @@
 
 #include "platform/Process.h"
 
+#include <nlohmann/json.hpp>
+
 NIM_REGISTER_CLASS(HBListController, PSListController);
 
 std::shared_ptr<HBAppearanceSettings> HBListController::hb_appearanceSettings() const

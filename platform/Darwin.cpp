@@ -2,11 +2,14 @@
 
 #include "platform/Process.h"
 
+#include <nlohmann/json.hpp>
+
 #include <spawn.h>
 #include <sys/wait.h>
 
 #include <cerrno>
 #include <memory>
+#include <mutex>
 
 namespace Darwin {
 
@@ -22,6 +25,9 @@ std::map<std::string, std::map<std::string, Symbol, std::less<>>, std::less<>>& 
 const LibraryHandle* handleFor(std::string_view image)
 {
     static std::map<std::string, std::unique_ptr<LibraryHandle>, std::less<>> handles;
+    // Shared by the processes of every thread.
+    static std::mutex mutex;
+    std::lock_guard lock(mutex);
     auto it = handles.find(image);
     if (it == handles.end())
         it = handles.emplace(std::string(image), std::make_unique<LibraryHandle>(LibraryHandle{std::string(image)})).first;

@@ -2,8 +2,9 @@
 // What the device would show or do, in the order it happened: table insertions and removals,
 // alerts, bar-button changes, pushes, resprings, spawned programs, terminated apps, posted
 // notifications, opened libraries, deleted files. Hosts read and forget it with `drain`.
+// An event is a JSON object; code that makes or reads events includes <nlohmann/json.hpp>.
 
-#include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 
 #include <vector>
 
@@ -11,14 +12,14 @@ class EventLog {
 public:
     using Event = nlohmann::ordered_json;
 
-    void record(Event event) { _events.push_back(std::move(event)); }
+    EventLog();
+    ~EventLog();
+    EventLog(const EventLog&) = delete;
+    EventLog& operator=(const EventLog&) = delete;
+
+    void record(Event event);
     /// Everything recorded since the last drain, oldest first; the log is empty afterwards.
-    std::vector<Event> drain()
-    {
-        std::vector<Event> events;
-        events.swap(_events);
-        return events;
-    }
+    std::vector<Event> drain();
     const std::vector<Event>& pending() const { return _events; }
 
 private:

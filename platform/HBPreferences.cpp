@@ -7,6 +7,8 @@
 #include "platform/PropertyListSerialization.h"
 #include "platform/SystemCalls.h"
 
+#include <nlohmann/json.hpp>
+
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>

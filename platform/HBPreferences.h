@@ -28,7 +28,7 @@
 
 #include <cstdint>
 #include <ctime>
-#include <filesystem>
+
 #include <memory>
 #include <optional>
 #include <string>
@@ -103,6 +103,6 @@ private:
     bool refuse(std::string_view what, const std::string& problem) const;
 
     std::string _identifier;
-    std::optional<std::filesystem::path> _file;
+    std::optional<std::string> _file;  // the host path
     std::optional<Snapshot> _snapshot;
 };

@@ -2,6 +2,8 @@
 
 #include "platform/Process.h"
 
+#include <nlohmann/json.hpp>
+
 #include <sstream>
 
 NIM_REGISTER_CLASS(MFMailComposeViewController, UIViewController);

@@ -2,6 +2,8 @@
 
 #include "platform/Process.h"
 
+#include <nlohmann/json.hpp>
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>

@@ -5,6 +5,8 @@
 #include "platform/PSPageDefinition.h"
 #include "platform/Process.h"
 
+#include <nlohmann/json.hpp>
+
 #include <algorithm>
 #include <span>
 

@@ -4,12 +4,15 @@
 #include "platform/DarwinNotifyCenter.h"
 #include "platform/UIKit.h"
 
+#include <nlohmann/json.hpp>
+
 #include <iostream>
 #include <stdexcept>
 
 namespace {
 
-Process* currentProcess = nullptr;
+// Each thread has its own current process: the browser host runs several sessions at once.
+thread_local Process* currentProcess = nullptr;
 constexpr std::string_view jailbreakRoot = "/var/jb";
 
 }  // namespace

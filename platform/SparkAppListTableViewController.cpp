@@ -5,6 +5,8 @@
 #include "platform/NSFileManager.h"
 #include "platform/PropertyListSerialization.h"
 
+#include <nlohmann/json.hpp>
+
 #include <algorithm>
 
 NIM_REGISTER_CLASS(SparkAppListTableViewController, PSListController);
@@ -95,11 +97,26 @@ SpecifierArray& SparkAppListTableViewController::specifiers()
     return *_specifiers;
 }
 
+const std::unordered_set<std::string>& SparkAppListTableViewController::chosenSet()
+{
+    PlistValue stored = HBPreferences::preferencesForIdentifier(_identifier)->objectForKey(_key);
+    // A stored list is shared, not copied, while it is unchanged: the same list, the same set.
+    bool same = stored.kind() == PlistValue::Kind::Array && _chosenList.kind() == PlistValue::Kind::Array &&
+                &stored.arrayValue() == &_chosenList.arrayValue();
+    if (!same) {
+        _chosenSet.clear();
+        for (const PlistValue& item : stored.arrayValue())
+            if (item.isString())
+                _chosenSet.insert(item.stringValue());
+        _chosenList = std::move(stored);
+    }
+    return _chosenSet;
+}
+
 PlistValue SparkAppListTableViewController::readPreferenceValue(const std::shared_ptr<PSSpecifier>& specifier)
 {
     const std::string& identifier = specifier ? specifier->propertyForKey("bundleIdentifier").stringValue() : "";
-    auto chosen = enabledApplications();
-    return PlistValue(!identifier.empty() && std::find(chosen.begin(), chosen.end(), identifier) != chosen.end());
+    return PlistValue(!identifier.empty() && chosenSet().count(identifier) > 0);
 }
 
 void SparkAppListTableViewController::setPreferenceValue(const PlistValue& value, const std::shared_ptr<PSSpecifier>& specifier)

@@ -12,6 +12,7 @@
 
 #include <optional>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 struct InstalledApplication {
@@ -54,6 +55,12 @@ public:
 private:
     /// Writes the choice; false when it did not reach the disk.
     bool store(const std::vector<std::string>& chosen);
+    /// The chosen identifiers as a set, made once for each stored list (a table of thousands of
+    /// apps asks once per row).
+    const std::unordered_set<std::string>& chosenSet();
+
+    PlistValue _chosenList;  // the stored list the set was made from (its identity marks it)
+    std::unordered_set<std::string> _chosenSet;
 
     std::string _identifier;
     std::string _key;

@@ -2,6 +2,8 @@
 
 #include "platform/Process.h"
 
+#include <nlohmann/json.hpp>
+
 NIM_REGISTER_CLASS(UIImagePickerController, UIViewController);
 
 void UIImagePickerController::pick(std::shared_ptr<UIImage> image)

@@ -2,6 +2,8 @@
 
 #include "platform/Process.h"
 
+#include <nlohmann/json.hpp>
+
 #include <algorithm>
 #include <cmath>
 

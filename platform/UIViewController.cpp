@@ -2,6 +2,8 @@
 
 #include "platform/Process.h"
 
+#include <nlohmann/json.hpp>
+
 NIM_REGISTER_CLASS(UIViewController, NSObject);
 NIM_REGISTER_CLASS(UINavigationController, UIViewController);
 NIM_REGISTER_CLASS(UIAlertController, UIViewController);

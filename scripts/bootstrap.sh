@@ -11,7 +11,8 @@ packages=(
   libplist-dev                  # property lists, XML and binary
   libicu-dev                    # the regular expressions of NSRegularExpression
   libstb-dev                    # image decoding and PNG encoding
-  libcpp-httplib-dev            # the browser host's HTTP server
+  libboost-dev                  # Boost.Beast: the browser host's HTTP server
+  libcpp-httplib-dev            # the tests' HTTP client
   nlohmann-json3-dev            # JSON for the script and browser hosts
   libgtest-dev                  # unit and end-to-end tests
   libbenchmark-dev              # benchmarks

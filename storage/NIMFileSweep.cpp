@@ -3,6 +3,8 @@
 #include "platform/NSRegularExpression.h"
 #include "platform/Process.h"
 
+#include <nlohmann/json.hpp>
+
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>

@@ -4,7 +4,7 @@
 // at once); focus returns to where it was afterwards.
 
 import { act } from './api.js';
-import { $, el } from './dom.js';
+import { $, el, motion } from './dom.js';
 import { trapFocus } from './focus.js';
 
 let shown = null; // {layer, trap, own, cancel}
@@ -82,7 +82,7 @@ function present(layer, kind, { title, message, actions }) {
   layer.hidden = false;
   box.animate(
     kind === 'alert' ? [{ transform: 'scale(1.15)', opacity: 0 }, { transform: 'scale(1)', opacity: 1 }] : [{ transform: 'translateY(100%)' }, { transform: 'translateY(0)' }],
-    { duration: 200, easing: 'ease-out' },
+    { duration: motion(200), easing: 'ease-out' },
   );
   const keys = {};
   if (cancel) keys.Escape = () => buttons.get(cancel).click();

@@ -105,6 +105,41 @@ export function cssColour(colour) {
   return `rgba(${colour.r}, ${colour.g}, ${colour.b}, ${colour.a})`;
 }
 
+/** The relative luminance of [r, g, b] (0-255), as WCAG reckons it. */
+function luminance([r, g, b]) {
+  const linear = (c) => {
+    const x = c / 255;
+    return x <= 0.03928 ? x / 12.92 : ((x + 0.055) / 1.055) ** 2.4;
+  };
+  return 0.2126 * linear(r) + 0.7152 * linear(g) + 0.0722 * linear(b);
+}
+
+/** The contrast ratio of two colours [r, g, b]. */
+export function contrast(a, b) {
+  const [light, dark] = [luminance(a), luminance(b)].sort((x, y) => y - x);
+  return (light + 0.05) / (dark + 0.05);
+}
+
+/**
+ * A colour [r, g, b, a] that reads on every one of backgrounds ([r, g, b] each) with at least
+ * ratio: the colour itself when it does, else the nearest step of it towards white (on dark
+ * backgrounds) or black (on light ones). Its hue stays, so the scheme's own colour is still seen.
+ */
+export function readable(colour, backgrounds, ratio = 4.5) {
+  if (!Array.isArray(colour) || colour.length < 3) return colour;
+  const [r, g, b, a = 255] = colour;
+  const worst = (candidate) => Math.min(...backgrounds.map((background) => contrast(candidate, background)));
+  if (worst([r, g, b]) >= ratio) return colour;
+  const darkBackground = backgrounds.every((background) => luminance(background) < 0.18);
+  const towards = darkBackground ? 255 : 0;
+  for (let step = 1; step <= 20; step++) {
+    const t = step / 20;
+    const mixed = [r, g, b].map((c) => Math.round(c + (towards - c) * t));
+    if (worst(mixed) >= ratio) return [...mixed, a];
+  }
+  return [towards, towards, towards, a];
+}
+
 function round2(x) {
   return Math.round(x * 100) / 100;
 }

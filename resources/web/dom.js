@@ -31,5 +31,17 @@ export function tappable(node, handler) {
   });
 }
 
+const reducedMotion = matchMedia('(prefers-reduced-motion: reduce)');
+
+/** How long a motion of ms milliseconds takes: no time when the person asks for less motion. */
+export function motion(ms) {
+  return reducedMotion.matches ? 0 : ms;
+}
+
 /** The duration and easing of a page sliding in or out, as UINavigationController moves it. */
-export const PUSH_ANIMATION = { duration: 350, easing: 'cubic-bezier(0.2, 0.8, 0.2, 1)' };
+export const PUSH_ANIMATION = {
+  get duration() {
+    return motion(350);
+  },
+  easing: 'cubic-bezier(0.2, 0.8, 0.2, 1)',
+};

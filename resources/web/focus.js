@@ -94,7 +94,7 @@ export function focusPage(view, preferred = null, { force = false } = {}) {
   const title = document.getElementById('nav-title-text');
   let target = null;
   if (canFocus(preferred)) target = preferred;
-  else if (canFocus(title) && title.textContent) target = title;
+  else if (canFocus(title) && title.textContent && !title.classList.contains('visually-hidden')) target = title;
   else target = focusables(view.element).find(canFocus) || null;
   if (!target) return;
   target.focus({ preventScroll: target !== preferred });

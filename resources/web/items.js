@@ -91,6 +91,9 @@ function makeCell(item) {
     node.dataset.key = p.key || '';
     node.dataset.index = row.index;
     node.classList.toggle('disabled', !row.enabled);
+    // A row that does not apply is drawn dimmed, as iOS draws it, and said to be unavailable.
+    if (row.enabled) node.removeAttribute('aria-disabled');
+    else node.setAttribute('aria-disabled', 'true');
     node.row = row;
     node.groupLabel = groupLabel(page, row);
     // Leave a control alone while the user is working it.

@@ -108,6 +108,7 @@ export function renderNavigation(state, effects) {
   const titleText = $('#nav-title-text');
   const titleView = $('#title-view');
   if (screen.sublist) {
+    titleText.classList.remove('visually-hidden');
     back.hidden = false;
     right.hidden = true;
     titleText.hidden = false;
@@ -130,8 +131,11 @@ export function renderNavigation(state, effects) {
   }
 
   const tv = page && page.titleView;
+  // The page's title stays its heading for screen readers when a title view is drawn instead.
+  titleText.classList.toggle('visually-hidden', Boolean(tv));
   if (tv) {
-    titleText.hidden = true;
+    titleText.hidden = false;
+    titleText.textContent = pageHeading(page);
     titleView.hidden = false;
     if (tv.image) {
       const src = '/' + tv.image + '.png';
@@ -150,9 +154,16 @@ export function renderNavigation(state, effects) {
   } else {
     titleView.hidden = true;
     titleText.hidden = false;
-    titleText.textContent = page ? page.title || '' : '';
+    // A page without a title still has its heading, for screen readers only.
+    titleText.textContent = pageHeading(page);
+    titleText.classList.toggle('visually-hidden', Boolean(page) && !page.title);
   }
   if (stack.length >= 2) setBackTitle(stack[stack.length - 2].title);
+}
+
+/** The words of a page's heading: its title, else its title view's text, else the bundle's name. */
+function pageHeading(page) {
+  return (page && (page.title || (page.titleView && page.titleView.text))) || 'Nimbra';
 }
 
 const GAP = 8; // between the back button's text and the title, in points
@@ -176,7 +187,7 @@ let backTitleFor = '';
 function setBackTitle(title) {
   const back = $('#nav-back');
   const text = back.querySelector('.text');
-  const shown = ['#nav-title-text', '#title-view'].map($).find((node) => !node.hidden);
+  const shown = ['#nav-title-text', '#title-view'].map($).find((node) => !node.hidden && !node.classList.contains('visually-hidden'));
   // Measuring lays the page out: only when the titles or the window changed since the last time.
   const inputs = JSON.stringify([title, shown && shown.id, shown && shown.textContent, shown && shown.dataset.look, innerWidth, innerHeight]);
   if (inputs === backTitleFor) return;

@@ -3,12 +3,14 @@
 
 import { act } from './api.js';
 import { isColourRow } from './colour.js';
-import { el } from './dom.js';
+import { el, motion } from './dom.js';
 import { makeItem } from './items.js';
 import { screen } from './screen.js';
 
 const SCROLL_MS = 100;
 const ROW_ANIMATION_MS = 300;
+/** How many of the latest slides screen.animatedRows keeps. */
+const ANIMATED_ROWS_KEPT = 1000;
 
 export class PageView {
   /** A view, not yet in the document, for the page with this uid. */
@@ -53,7 +55,11 @@ export class PageView {
     this.element.classList.toggle('app-picker', Boolean(picker));
     if (picker && !this.search) this.addSearch();
     const desired = describeItems(page, picker);
-    const record = (kind, id) => screen.animatedRows.push({ page: page.page, id, seq: effects.seq, kind });
+    const record = (kind, id) => {
+      screen.animatedRows.push({ page: page.page, id, seq: effects.seq, kind });
+      // The record keeps the latest slides only: a long session does not grow it without end.
+      if (screen.animatedRows.length > ANIMATED_ROWS_KEPT) screen.animatedRows.splice(0, screen.animatedRows.length - ANIMATED_ROWS_KEPT);
+    };
 
     // Rows that went away; they slide out once every row is in place.
     const leaving = [];
@@ -228,11 +234,11 @@ function markLeaving(node) {
 function slide(entering, leaving) {
   const clip = { overflow: 'hidden' };
   for (const node of entering) {
-    node.animate([{ height: '0px', opacity: 0, ...clip }, { height: 'auto', opacity: 1, ...clip }], { duration: ROW_ANIMATION_MS, easing: 'ease-out' });
+    node.animate([{ height: '0px', opacity: 0, ...clip }, { height: 'auto', opacity: 1, ...clip }], { duration: motion(ROW_ANIMATION_MS), easing: 'ease-out' });
   }
   for (const node of leaving) {
     const animation = node.animate([{ height: 'auto', opacity: 1, ...clip }, { height: '0px', opacity: 0, ...clip }], {
-      duration: ROW_ANIMATION_MS,
+      duration: motion(ROW_ANIMATION_MS),
       easing: 'ease-in',
       fill: 'forwards',
     });

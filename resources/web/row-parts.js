@@ -10,11 +10,24 @@ export function labelColumn(node) {
   const label = el('div', 'cell-label');
   const subtitle = el('div', 'cell-subtitle');
   main.append(label, subtitle);
-  node.body.append(main);
+  // The words of the label column and what follows it are read apart (a flex container draws no
+  // space for the text node).
+  label.after(document.createTextNode(' '));
+  node.body.append(main, document.createTextNode(' '));
+  node.subtitle = subtitle;
   return (row) => {
     label.textContent = row.label || '';
     subtitle.textContent = row.subtitle || '';
   };
+}
+
+/**
+ * Names node by everything it shows, label first: its row's label, its subtitle, and the parts
+ * given (a chosen value, a count), so that what is read is what is seen.
+ */
+export function nameAsShown(node, ...parts) {
+  const texts = [(node.row && node.row.label) || '', node.subtitle && node.subtitle.textContent, ...parts.map((part) => !part.hidden && part.textContent)];
+  node.setAttribute('aria-label', texts.filter(Boolean).join(', '));
 }
 
 /**

@@ -7,8 +7,7 @@ import { openColourEditor } from './colour-editor.js';
 import { el, tappable } from './dom.js';
 import { showActionSheet } from './alerts.js';
 import { openFileChooser } from './presented.js';
-import { labelColumn, tapRow } from './row-parts.js';
-import { toggleParts } from './rows-plain.js';
+import { labelColumn, nameAsShown, tapRow } from './row-parts.js';
 import { openSublist } from './sublist.js';
 import { hash, listTitle } from './values.js';
 
@@ -23,7 +22,7 @@ export const PICKER_ROWS = {
     node.update = (row) => {
       labels(row);
       detail.textContent = listTitle(row);
-      node.setAttribute('aria-label', row.label || '');
+      nameAsShown(node, detail);
     };
   },
 
@@ -94,11 +93,18 @@ export const PICKER_ROWS = {
     };
   },
 
+  /**
+   * An app of an app picker: its icon (initials on a colour of its own), its name, and the switch
+   * (or, choosing one app, the check mark) showing whether it is chosen. The row itself is the
+   * switch: a tap, Enter or Space flips it.
+   */
   app(node) {
     const icon = el('div', 'app-icon');
+    icon.setAttribute('aria-hidden', 'true');
     node.body.append(icon);
     const labels = labelColumn(node);
     const accessory = el('div', 'cell-accessory');
+    accessory.setAttribute('aria-hidden', 'true');
     node.body.append(accessory);
     tappable(node, () => {
       const bundle = node.row.properties.bundleIdentifier;
@@ -106,22 +112,27 @@ export const PICKER_ROWS = {
     });
     node.update = (row, picker) => {
       const bundle = row.properties.bundleIdentifier;
-      labels({ label: row.label, subtitle: bundle });
-      icon.textContent = (row.label || '?').slice(0, 1);
-      icon.style.background = `hsl(${hash(bundle) % 360}, 55%, 52%)`;
+      labels({ label: row.label || bundle });
+      icon.dataset.initials = initials(row.label || bundle);
+      icon.style.background = `hsl(${hash(bundle) % 360}, 55%, 38%)`;
+      const single = picker && picker.maxEnabled === 1;
+      node.setAttribute('role', single ? 'radio' : 'switch');
       node.setAttribute('aria-label', row.label || bundle);
       node.setAttribute('aria-checked', String(Boolean(row.value)));
       accessory.replaceChildren();
-      if (picker && picker.maxEnabled === 1) {
+      if (single) {
         accessory.append(el('span', row.value ? 'check' : 'check off'));
       } else {
-        const { wrapper, input } = toggleParts('span');
-        input.tabIndex = -1;
-        input.checked = Boolean(row.value);
-        input.setAttribute('aria-hidden', 'true');
-        input.addEventListener('click', (event) => event.preventDefault());
-        accessory.append(wrapper);
+        const toggle = el('span', `toggle drawn${row.value ? ' on' : ''}`);
+        toggle.append(el('span', 'track'), el('span', 'knob'));
+        accessory.append(toggle);
       }
     };
   },
 };
+
+/** Up to two initials of an app's name ("App Store" → "AS", "Calculator" → "C"). */
+function initials(name) {
+  const words = String(name).split(/[\s.\-_]+/).filter((word) => /^[\p{L}\p{N}]/u.test(word));
+  return words.slice(0, 2).map((word) => [...word][0].toUpperCase()).join('') || '?';
+}

@@ -2,7 +2,7 @@
 
 import { el, tappable } from './dom.js';
 import { addGrip } from './row-grip.js';
-import { detailText, labelColumn, setValue, tapRow } from './row-parts.js';
+import { detailText, labelColumn, nameAsShown, setValue, tapRow } from './row-parts.js';
 
 /** A switch's drawing (checkbox, track and knob) inside a wrapper of tag; answers {wrapper, input}. */
 export function toggleParts(tag) {
@@ -36,8 +36,6 @@ export function appCount(count) {
   return count === 0 ? 'None' : `${count} ${count === 1 ? 'App' : 'Apps'}`;
 }
 
-let detailIds = 0;
-
 export const PLAIN_ROWS = {
   static(node) {
     node.update = detailRow(node, false);
@@ -65,7 +63,6 @@ export const PLAIN_ROWS = {
   button(node) {
     const labels = labelColumn(node);
     const detail = el('div', 'cell-detail');
-    detail.id = `detail-${++detailIds}`;
     const accessory = el('div', 'cell-accessory');
     accessory.append(el('span', 'chevron-right'));
     node.body.append(detail, accessory);
@@ -75,10 +72,8 @@ export const PLAIN_ROWS = {
       labels(row);
       const picker = Number.isInteger(row.apps);
       detail.textContent = picker ? appCount(row.apps) : '';
-      // Named by its label; the count describes it.
-      node.setAttribute('aria-label', row.label || '');
-      if (picker) node.setAttribute('aria-describedby', detail.id);
-      else node.removeAttribute('aria-describedby');
+      // Named by its label and the count it shows.
+      nameAsShown(node, detail);
       accessory.hidden = !picker;
       node.classList.toggle('opens-picker', picker);
       grip(row);

@@ -20,7 +20,8 @@ export const screen = {
   respringCount: 0,
   /**
    * Every row drawn sliding in or out because an event said so, oldest first:
-   * {page, id, seq, kind: 'enter'|'leave'}. Rows drawn without an animation are not listed.
+   * {page, id, seq, kind: 'enter'|'leave'}, the latest 1,000 at most. Rows drawn without an
+   * animation are not listed.
    */
   animatedRows: [],
   /**

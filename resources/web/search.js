@@ -37,6 +37,9 @@ async function find() {
   list.replaceChildren();
   list.hidden = false;
   list.classList.add('sidebar-group');
+  // A list of choices while there are some; "No Results" is said, not offered.
+  if (results.length) list.setAttribute('role', 'listbox');
+  else list.setAttribute('role', 'status');
   if (!results.length) list.append(el('div', 'empty', 'No Results'));
   for (const found of results) {
     const row = el('div', 'sidebar-row search-result');

@@ -28,11 +28,19 @@ test('a segment shows the rows it governs and hides them again', async () => {
   const lockScreen = current(page).getByRole('switch', { name: 'Show on Lock Screen' });
   assert.equal(await lockScreen.count(), 0);
 
+  // The page's record of its slides keeps the latest 1,000: as if a long session had filled it.
+  await page.evaluate(() => window.nimbra.animatedRows.push(...Array.from({ length: 1000 }, (_, i) => ({ page: 'earlier', id: `row${i}`, seq: 0, kind: 'enter' }))));
   await current(page).getByRole('radio', { name: 'Custom' }).click();
   let state = await waitForState(server, (s) => rowOf(s, { id: 'topLevelChild1' }));
   assert.deepEqual(shownIds(state), ['topLevelSwitch', ...GOVERNED]);
   await lockScreen.waitFor();
   assert.ok(await animatedRow(page, 'enter', 'topLevelChild1'), 'animated insertions are drawn animated');
+  assert.equal(await page.evaluate(() => window.nimbra.animatedRows.length), 1000, 'the record is bounded');
+  assert.equal(
+    await page.evaluate(() => window.nimbra.animatedRows[0].id),
+    `row${await page.evaluate(() => window.nimbra.animatedRows.filter((row) => row.page !== 'earlier').length)}`,
+    'the oldest went first, one for each new slide',
+  );
   assert.equal(await current(page).getByRole('radio', { name: 'Custom' }).getAttribute('aria-checked'), 'true');
   await settle(page, 500);
   await screenshot(page, 'visibility-custom');

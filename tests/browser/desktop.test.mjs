@@ -42,6 +42,8 @@ async function openTab(server, { viewport = DESKTOP, address = '', acceptDownloa
   page.on('pageerror', (error) => page.scriptErrors.push(error.message));
   await page.goto(server.url + address);
   await page.locator('.page.current').waitFor();
+  // The tab opens its address once it has drawn: only then is its stack the test's to move.
+  await page.waitForFunction(() => window.nimbra.addressOpened);
   return page;
 }
 

@@ -261,7 +261,8 @@ export function settle(page, ms = 500) {
 /** Taps the link (or button) row with this label on the current page and waits for the next page. */
 export async function follow(page, server, label) {
   const before = (await server.state()).stack.length;
-  const name = { name: label, exact: true };
+  // A row is named by its label, then what else it shows ("Select Apps, 2 Apps").
+  const name = { name: new RegExp(`^${label.replace(/[.*+?^${}()|[\]\\]/g, '\\$&')}(, |$)`) };
   await current(page).getByRole('link', name).or(current(page).getByRole('button', name)).first().click();
   const state = await waitForState(server, (s) => s.stack.length === before + 1);
   await page.locator(`.page.current[data-page="${state.page.page}"]`).waitFor();

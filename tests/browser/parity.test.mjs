@@ -52,7 +52,7 @@ test('the browser and the script leave the same preference files', async () => {
   await tap('Select Apps');
   for (const [name, bundle] of [['Safari', 'com.apple.mobilesafari'], ['Music', 'com.apple.Music'], ['Safari', 'com.apple.mobilesafari']]) {
     const before = rowOf(await server.state(), { id: bundle }).value;
-    await current(page).getByRole('button', { name, exact: true }).click();
+    await current(page).getByRole('switch', { name, exact: true }).click();
     await waitForState(server, (s) => rowOf(s, { id: bundle }).value === !before);
     script.push(`pick ${bundle}`);
   }

@@ -2,9 +2,13 @@
 
 #include "TestSupport.h"
 
+#include "host/ScriptRunner.h"
 #include "platform/PropertyListSerialization.h"
 
 #include <gtest/gtest.h>
+
+#include <fstream>
+#include <sstream>
 
 namespace {
 
@@ -131,4 +135,53 @@ TEST(Script, TheShippedTourRunsToItsEnd)
     EXPECT_EQ(run.status, 0) << run.errors << (run.lines.empty() ? "" : run.lines.back().dump());
     ASSERT_FALSE(run.lines.empty());
     EXPECT_EQ(run.lines.back()["value"]["lpmColorEnabled"], true);
+}
+
+TEST(Script, EventsNobodyReadsAreBoundedAndCounted)
+{
+    // Each flip of the root switch records several events; 3,000 flips record far more than are kept.
+    test::SessionOnFreshRoot session;
+    std::string script = "open NIMRootListController\n";
+    for (int i = 0; i < 3000; ++i)
+        script += i % 2 ? "set nimbraEnabled false\n" : "set nimbraEnabled true\n";
+    std::istringstream in(script);
+    std::ostringstream out, diagnostics;
+    ASSERT_EQ(runScript(*session, in, out, diagnostics), 0) << out.str();
+    EXPECT_LE(session->process().events().pending().size(), Session::kUnreadEvents);
+    auto events = session->events();
+    ASSERT_TRUE(events.contains("dropped")) << "no event was dropped: the test records too few";
+    EXPECT_GT(events["dropped"].get<std::size_t>(), 0u);
+    EXPECT_EQ(events["events"].size(), Session::kUnreadEvents);
+    // The newest events are the ones kept: they end with what one flip off records.
+    test::SessionOnFreshRoot reference;
+    std::istringstream flips("open NIMRootListController\nset nimbraEnabled true\n");
+    ASSERT_EQ(runScript(*reference, flips, out, diagnostics), 0);
+    reference->events();
+    reference->set("nimbraEnabled", PlistValue(false));
+    reference->commit();
+    auto last = reference->events()["events"];
+    ASSERT_FALSE(last.empty());
+    ASSERT_GE(events["events"].size(), last.size());
+    for (std::size_t i = 0; i < last.size(); ++i)
+        EXPECT_EQ(events["events"][events["events"].size() - last.size() + i], last[i]);
+    // Read, the buffer starts afresh.
+    EXPECT_FALSE(session->events().contains("dropped"));
+}
+
+TEST(Script, ASliderStoresARealWhateverNumberIsTyped)
+{
+    test::TempDir root;
+    auto run = test::runScript({"--root", root.path().string()},
+                               "open NIMTovinBackgroundPrefsListController\nset bannerCornerRadius 5\n");
+    ASSERT_EQ(run.status, 0) << run.errors;
+    std::ifstream in(test::under(root.path(), "/var/jb/var/mobile/Library/Preferences/com.veltram.nimbraprefs.tovin.plist"),
+                     std::ios::binary);
+    std::stringstream bytes;
+    bytes << in.rdbuf();
+    auto stored = PropertyListSerialization::propertyListWithData(bytes.str());
+    ASSERT_TRUE(stored);
+    auto value = stored->dictionaryValue().find("bannerCornerRadius");
+    ASSERT_NE(value, stored->dictionaryValue().end());
+    EXPECT_EQ(value->second.kind(), PlistValue::Kind::Real);
+    EXPECT_EQ(value->second.doubleValue(), 5.0);
 }
