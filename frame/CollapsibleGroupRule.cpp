@@ -91,22 +91,10 @@ CollapsibleGroupRule& CollapsibleGroupRule::editedBy(std::string rowId)
     return *this;
 }
 
-CollapsibleGroupRule& CollapsibleGroupRule::guardedOn(std::string id)
-{
-    guard = std::move(id);
-    return *this;
-}
-
 CollapsibleGroupRule& CollapsibleGroupRule::guardedOnUncaptured(std::string id)
 {
     guard = std::move(id);
     guardNeverCaptured = true;
-    return *this;
-}
-
-CollapsibleGroupRule& CollapsibleGroupRule::withoutGuard()
-{
-    unguarded = true;
     return *this;
 }
 
@@ -181,8 +169,6 @@ std::vector<std::string> CollapsibleGroupRule::childIds() const
 
 std::string CollapsibleGroupRule::guardId() const
 {
-    if (unguarded)
-        return {};
     if (!guard.empty())
         return guard;
     return children.empty() ? std::string() : children.front().id;

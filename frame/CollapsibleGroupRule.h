@@ -76,8 +76,6 @@ struct CollapsibleGroupRule {
     /// Whether the guard names an id the page deliberately never captures, so it never stops the
     /// insertion.
     bool guardNeverCaptured = false;
-    /// No presence test at all: a repeated change inserts the rows again.
-    bool unguarded = false;
     /// Whether the presence test also applies when this rule is inserted as a nested rule of
     /// another (the default: NO, the outer rule's guard is the only one, so rows that are already
     /// shown are inserted again). Pages whose tables state a guard on the nested insertion set it.
@@ -110,9 +108,7 @@ struct CollapsibleGroupRule {
     CollapsibleGroupRule& chain(const std::vector<std::string>& ids, std::string after);
     CollapsibleGroupRule& place(std::string id, std::string after);
     CollapsibleGroupRule& editedBy(std::string rowId);
-    CollapsibleGroupRule& guardedOn(std::string id);
     CollapsibleGroupRule& guardedOnUncaptured(std::string id);
-    CollapsibleGroupRule& withoutGuard();
     CollapsibleGroupRule& guardedAlsoWhenNested();
     CollapsibleGroupRule& nests(std::vector<std::string> keys);
     CollapsibleGroupRule& onlyWhenRow(std::string rowId, Condition condition);
@@ -126,7 +122,7 @@ struct CollapsibleGroupRule {
 
     /// The ids of the children, in insertion order.
     std::vector<std::string> childIds() const;
-    /// The id that the presence test looks up ("" when unguarded).
+    /// The id that the presence test looks up (the guard, else the first child).
     std::string guardId() const;
 };
 

@@ -42,3 +42,14 @@ std::vector<std::string> PageDescription::hiddenBy(const CollapsibleGroupRule& r
                     ids.push_back(id);
     return ids;
 }
+
+std::vector<std::string> PageDescription::mayShowTwice() const
+{
+    std::vector<std::string> ids = insertedAgain;
+    for (auto& rule : rules)
+        if (rule.guardNeverCaptured)
+            for (auto& id : hiddenBy(rule))
+                if (std::find(ids.begin(), ids.end(), id) == ids.end())
+                    ids.push_back(id);
+    return ids;
+}

@@ -32,6 +32,10 @@ struct PageDescription {
     std::vector<std::string> otherDomains;
     /// The page's action methods by selector name (resets, app pickers, saveTextCell, ...).
     std::vector<std::pair<std::string, PageAction>> actions;
+    /// Rows the page's value hook deliberately inserts again while they are shown (a row it leaves
+    /// on screen and later inserts with its parent), beyond the children of rules that have no
+    /// working presence test.
+    std::vector<std::string> insertedAgain;
     /// Ids a page's own departures from its table refer to (rows it disables, say), so that the
     /// definitions can be checked for them too.
     std::vector<std::string> referencedIds;
@@ -43,6 +47,9 @@ struct PageDescription {
     const CollapsibleGroupRule* ruleForKey(std::string_view key) const;
     /// The rule of that name, or nullptr.
     const CollapsibleGroupRule* ruleNamed(std::string_view name) const;
+    /// Every row the page may show more than once: `insertedAgain` and the rows of rules whose
+    /// presence test looks up an id the page never captures (their children and nested rows).
+    std::vector<std::string> mayShowTwice() const;
     /// The rows a rule removes when it is not shown (its own list, or its children followed by what
     /// its nested rules hide).
     std::vector<std::string> hiddenBy(const CollapsibleGroupRule& rule) const;

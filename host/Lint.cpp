@@ -2,10 +2,9 @@
 
 #include "frame/NIMCollapsibleListController.h"
 #include "frame/NIMPageCatalog.h"
-#include "platform/NSFileManager.h"
+#include "platform/PSPageDefinition.h"
 #include "platform/PSTableCell.h"
 #include "platform/Process.h"
-#include "platform/PropertyListSerialization.h"
 
 #include <stdlib.h>
 
@@ -28,7 +27,7 @@ public:
         , _result(result)
     {
         if (!_page.definition.empty())
-            load(resources / (_page.definition + ".plist"));
+            load(resources);
     }
 
     void run()
@@ -52,28 +51,16 @@ private:
         _out << _entry.className << " (" << _page.definition << "): " << message << '\n';
     }
 
-    void load(const fs::path& file)
+    void load(const fs::path& resources)
     {
-        auto bytes = AtomicFile::read(file, 4 << 20);
-        if (!bytes) {
+        auto loaded = PSPageDefinition::read(resources, _page.definition);
+        if (!loaded.definition) {
             _loadFailed = true;
-            problem("definition " + file.filename().string() + " is missing");
+            problem(loaded.error);
             return;
         }
-        auto definition = PropertyListSerialization::propertyListWithData(*bytes);
-        if (!definition || (*definition)["items"].kind() != PlistValue::Kind::Array) {
-            _loadFailed = true;
-            problem("definition is not a property list with an \"items\" array");
-            return;
-        }
-        for (auto& item : (*definition)["items"].arrayValue()) {
-            if (item.kind() != PlistValue::Kind::Dictionary) {
-                problem("item " + std::to_string(_items.size()) + " is not a dictionary");
-                _items.push_back(PlistValue(PlistDictionary{}));
-                continue;
-            }
-            _items.push_back(item);
-        }
+        for (auto& item : loaded.definition->items())
+            _items.push_back(PlistValue(*item));
         for (std::size_t i = 0; i < _items.size(); ++i) {
             const std::string& id = _items[i]["id"].stringValue();
             if (id.empty())
@@ -165,6 +152,7 @@ private:
                 checkChoices(i);
             if (cell == "PSSliderCell")
                 checkSliderRange(i);
+            checkDefault(i);
             const std::string& label = item["label"].stringValue();
             // A slider or a segment that opens its section is titled by the section's header.
             bool titledByHeader = (cell == "PSSliderCell" || cell == "PSSegmentCell") && i > 0 && header == &_items[i - 1] &&
@@ -235,6 +223,56 @@ private:
         const PlistValue& fallback = item["default"];
         if (fallback.isNumber() && (fallback.doubleValue() < min.doubleValue() || fallback.doubleValue() > max.doubleValue()))
             wording(describe(i) + " defaults to a value outside its range");
+    }
+
+    /// A row shows, when nothing is stored, what the code reading its key sees: the default the
+    /// page's reload names for the key (boolForKey:default:, integerForKey:default:), else NO for a
+    /// switch (an absent key reads NO, for the page and for the customisation code alike); a
+    /// choice whose value a rule tests shows a value for which the reload of every such rule
+    /// decides as it does for the absent key's 0 (or named default).
+    void checkDefault(std::size_t i)
+    {
+        const PlistValue& item = _items[i];
+        const std::string& key = item["key"].stringValue();
+        const std::string& domain = item["defaults"].stringValue();
+        const std::string& cell = item["cell"].stringValue();
+        if (key.empty() || domain.ends_with(".colors"))
+            return;
+        PlistValue read;
+        bool tested = false, numeric = false;
+        for (auto& rule : _page.rules) {
+            if (rule.key != key && rule.reloadKey != key)
+                continue;
+            tested = true;
+            numeric = numeric || !rule.shownWhen.readsBoolean();
+            if (!rule.reloadDefault.isNil() && read.isNil())
+                read = rule.reloadDefault;
+        }
+        const PlistValue& shown = item["default"];
+        if (cell == "PSSwitchCell") {
+            bool expected = read.isNil() ? false : read.boolValue();
+            if (shown.boolValue() != expected)
+                wording(describe(i) + " shows " + (shown.boolValue() ? "on" : "off") + " while nothing is stored, but \"" + key +
+                        "\" reads " + (expected ? "YES" : "NO") + " when absent");
+            return;
+        }
+        if ((cell == "PSSegmentCell" || cell == "PSLinkListCell") && tested && numeric) {
+            // A choice may show one of its own values for the absent key's 0, as long as every
+            // rule's reload decides alike for both.
+            PlistValue absent = read.isNil() ? PlistValue(0) : read;
+            PlistValue showing = shown.isNil() ? PlistValue(0) : shown;
+            bool alike = true;
+            for (auto& rule : _page.rules) {
+                if (rule.key != key && rule.reloadKey != key)
+                    continue;
+                // What the reload, which reads the stored value, does with each.
+                const Condition& removes = rule.reloadRemovesWhen ? *rule.reloadRemovesWhen : rule.shownWhen;
+                alike = alike && removes.holds(absent) == removes.holds(showing);
+            }
+            if (!alike)
+                wording(describe(i) + " shows " + (shown.isNil() ? std::string("no value") : std::to_string(shown.integerValue())) +
+                        " while nothing is stored, but \"" + key + "\" reads " + std::to_string(absent.integerValue()) + " when absent");
+        }
     }
 
     /// The words only a developer knows: the page's own preference keys and row ids, where they

@@ -2,8 +2,7 @@
 
 #include "frame/NIMPageCatalog.h"
 #include "host/ShownWhen.h"
-#include "platform/NSFileManager.h"
-#include "platform/PropertyListSerialization.h"
+#include "platform/PSPageDefinition.h"
 
 #include <algorithm>
 #include <deque>
@@ -17,7 +16,6 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr std::string_view kRootPage = "NIMRootListController";
-constexpr std::size_t kDefinitionLimit = 4 << 20;
 
 std::string lowered(std::string_view text)
 {
@@ -46,16 +44,22 @@ std::vector<std::string> words(std::string_view query)
     return list;
 }
 
-/// The rows of a definition, or nothing when it cannot be read.
-std::optional<PlistValue> loadDefinition(const fs::path& resources, const std::string& name)
+/// The title and rows of a definition, or nothing when it cannot be read (by the rules every
+/// page is opened with).
+struct DefinitionRows {
+    std::string title;
+    PlistArray items;
+};
+std::optional<DefinitionRows> loadDefinition(const fs::path& resources, const std::string& name)
 {
-    auto bytes = AtomicFile::read(resources / (name + ".plist"), kDefinitionLimit);
-    if (!bytes)
+    auto loaded = PSPageDefinition::read(resources, name);
+    if (!loaded.definition)
         return std::nullopt;
-    auto definition = PropertyListSerialization::propertyListWithData(*bytes);
-    if (!definition || (*definition)["items"].kind() != PlistValue::Kind::Array)
-        return std::nullopt;
-    return definition;
+    DefinitionRows rows{loaded.definition->title().isString() ? loaded.definition->title().stringValue() : std::string(), {}};
+    rows.items.reserve(loaded.definition->items().size());
+    for (auto& item : loaded.definition->items())
+        rows.items.push_back(PlistValue(*item));
+    return rows;
 }
 
 /// "pages/SpringBoard/HomeScreenDock" -> "HomeScreenDock".
@@ -105,13 +109,11 @@ SearchIndex::SearchIndex(const fs::path& resources)
         if (!definition)
             continue;
         if (visit.path.empty())
-            visit.path.push_back((*definition)["title"].stringValue());
-        const PlistArray& items = (*definition)["items"].arrayValue();
+            visit.path.push_back(definition->title);
+        const PlistArray& items = definition->items;
         ShownWhen shownWhen(page, items);
         for (std::size_t i = 0; i < items.size(); ++i) {
             const PlistValue& item = items[i];
-            if (item.kind() != PlistValue::Kind::Dictionary)
-                continue;
             const std::string& detail = item["detail"].stringValue();
             const std::string& label = item["label"].stringValue();
             if (!detail.empty() && !label.empty() && NIMPageCatalog::find(detail) && seen.insert(detail).second) {

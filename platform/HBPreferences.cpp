@@ -1,5 +1,4 @@
 #include "platform/HBPreferences.h"
-#include "platform/HBPreferencesRestore.h"
 
 #include "platform/AtomicFile.h"
 #include "platform/HBPreferencesReadPass.h"
@@ -303,12 +302,4 @@ bool HBPreferences::replaceAllObjects(const PlistDictionary& contents)
         values = contents;
         return true;
     });
-}
-
-bool replaceDomainContents(std::string_view identifier, const PlistDictionary& contents)
-{
-    if (!HBPreferences::isValidIdentifier(identifier))
-        return false;
-    auto preferences = HBPreferences::preferencesForIdentifier(identifier);
-    return preferences && preferences->replaceAllObjects(contents);
 }

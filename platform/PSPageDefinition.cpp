@@ -113,13 +113,33 @@ PSSharedProperties PSPageDefinition::resolvedItem(std::size_t index) const
     return resolution.properties;
 }
 
+namespace {
+
+/// Whether name can name a definition: not empty, and not leaving the resources.
+bool isDefinitionName(std::string_view name)
+{
+    return !name.empty() && name.find("..") == std::string_view::npos;
+}
+
+}  // namespace
+
+PSPageDefinition::Loaded PSPageDefinition::read(const std::filesystem::path& resources, std::string_view name)
+{
+    std::string file = std::string(name) + ".plist";
+    auto path = resources / file;
+    struct stat st {};
+    if (!isDefinitionName(name) || ::stat(path.c_str(), &st) != 0)
+        return {nullptr, "page definition \"" + file + "\" is missing"};
+    return parse(path, file);
+}
+
 PSPageDefinition::Loaded PSPageDefinition::named(std::string_view name)
 {
     Process& process = Process::current();
     std::string file = std::string(name) + ".plist";
     auto path = process.resourcesDirectory() / file;
     struct stat st {};
-    if (name.empty() || name.find("..") != std::string_view::npos || ::stat(path.c_str(), &st) != 0)
+    if (!isDefinitionName(name) || ::stat(path.c_str(), &st) != 0)
         return {nullptr, "page definition \"" + file + "\" is missing"};
     // Taken before the file is read: a change made while it is read shows as a new identity next time.
     FileIdentity identity{st.st_dev, st.st_ino, st.st_size, st.st_mtim.tv_sec, st.st_mtim.tv_nsec};

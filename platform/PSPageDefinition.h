@@ -8,6 +8,7 @@
 #include "platform/PSSpecifier.h"
 #include "platform/PlistValue.h"
 
+#include <filesystem>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -29,6 +30,9 @@ public:
     /// holds ".." is missing; so is a file that cannot be found. Larger files than 4 MiB are not
     /// property lists. Failures of a file that exists are kept as its definition is, until it changes.
     static Loaded named(std::string_view name);
+    /// The definition called name among the resources in a folder, read afresh (no cache), by the
+    /// same rules as `named`: what the pages open is what lint checks and search indexes.
+    static Loaded read(const std::filesystem::path& resources, std::string_view name);
 
     /// The rows' property dictionaries as parsed, in definition order.
     const std::vector<std::shared_ptr<const PlistDictionary>>& items() const { return _items; }

@@ -16,8 +16,13 @@ namespace fs = std::filesystem;
 namespace test {
 
 TempDir::TempDir()
+    : TempDir(fs::temp_directory_path())
 {
-    std::string pattern = (fs::temp_directory_path() / "nimbra-test-XXXXXX").string();
+}
+
+TempDir::TempDir(const fs::path& parent)
+{
+    std::string pattern = (parent / "nimbra-test-XXXXXX").string();
     if (!::mkdtemp(pattern.data()))
         throw std::runtime_error("mkdtemp failed");
     _path = pattern;
@@ -27,6 +32,14 @@ TempDir::~TempDir()
 {
     std::error_code ec;
     fs::remove_all(_path, ec);
+}
+
+fs::path memoryTempParent()
+{
+    std::error_code ec;
+    if (fs::is_directory("/dev/shm", ec) && ::access("/dev/shm", W_OK) == 0)
+        return "/dev/shm";
+    return fs::temp_directory_path();
 }
 
 void writeFile(const fs::path& path, const std::string& text)

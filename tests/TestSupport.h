@@ -17,6 +17,8 @@ namespace test {
 class TempDir {
 public:
     TempDir();
+    /// A fresh directory inside parent.
+    explicit TempDir(const std::filesystem::path& parent);
     ~TempDir();
     TempDir(const TempDir&) = delete;
     TempDir& operator=(const TempDir&) = delete;
@@ -26,6 +28,10 @@ public:
 private:
     std::filesystem::path _path;
 };
+
+/// A folder held in memory (/dev/shm) when the machine has one, else the temporary folder: for
+/// tests that write settings many thousands of times and do not test what reaches the disk.
+std::filesystem::path memoryTempParent();
 
 /// Writes text to a host path, making its folders.
 void writeFile(const std::filesystem::path& path, const std::string& text);

@@ -26,7 +26,6 @@ const PageDescription& NIMAppSwitcherRootPrefsListController::description()
         .domain = NimbraDomains::identifier(".appswitcher"),
         .rules = {
             when("enabled", Condition::on()).editedBy("topLevelSwitch").chain(numbered("topLevelChild%d", 1, 14), "topLevelSwitch")
-                .nests({"swipeDownToKillAllApps", "longPressToKillAllApps", "enableCustomSwitcherLayout"})
                 .hiding(numbered("topLevelChild%d", 1, 14) + std::vector<std::string>{"swipeDownChild", "killAllChild", "customLayoutChild"}),
             when("swipeDownToKillAllApps", Condition::on()).editedBy("topLevelChild12").place("swipeDownChild", "topLevelChild12")
                 .place("killAllChild", "swipeDownChild"),
@@ -63,13 +62,17 @@ void NIMAppSwitcherRootPrefsListController::valueChanged(const std::string& key,
         if (!valueOfRow("topLevelChild12").boolValue())
             remove({"killAllChild"});
     } else if (key == "enabled" && on) {
-        // The gestures' rows follow the values of their saved rows, as the switches would show them.
+        // The options' own rows follow the values of their saved rows, as the switches would show
+        // them; each goes in only when it is not shown already (a reload with the master switch
+        // off keeps them).
         if (!show(rule("enabled")))
             return;
         if (valueOfRow("topLevelChild12").boolValue())
             valueChanged("swipeDownToKillAllApps", PlistValue(true));
         if (valueOfRow("topLevelChild11").boolValue())
             valueChanged("longPressToKillAllApps", PlistValue(true));
+        if (valueOfRow("topLevelChild14").boolValue())
+            show(rule("enableCustomSwitcherLayout"));
     } else {
         NIMGeneralListControllerWithRespringButton::valueChanged(key, value);
     }

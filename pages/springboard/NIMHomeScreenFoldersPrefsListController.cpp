@@ -2,7 +2,8 @@
 // (font size, colour) and the folder background (colour, corner radius).
 //
 // Hiding the folder background removes "bgChild1Child" twice and leaves "bgChild2Child" on screen
-// until the page is reloaded; kept as it is.
+// until the page is reloaded; kept as it is. Showing the background again then inserts the corner
+// radius row a second time when that option is on.
 
 #include "frame/NIMGeneralListControllerWithRespringButton.h"
 #include "frame/NIMPageCatalog.h"
@@ -41,6 +42,7 @@ const PageDescription& NIMHomeScreenFoldersPrefsListController::description()
             single("enableCustomFolderBackgroundColor", "bgChild1", "bgChild1Child"),
             single("enableCustomFolderCornerRadius", "bgChild2", "bgChild2Child"),
         },
+        .insertedAgain = {"bgChild2Child"},
     };
     return page;
 }

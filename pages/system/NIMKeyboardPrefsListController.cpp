@@ -57,6 +57,7 @@ const PageDescription& NIMKeyboardPrefsListController::description()
             {"resetSettings", confirmedReset(groupSettingsReset("Keyboard", ".keyboard", {}))},
             {"resetColors", confirmedReset(groupColorsReset("Keyboard", ".keyboard"))},
         },
+        .insertedAgain = kCustomRows + kColors,
     };
     return page;
 }

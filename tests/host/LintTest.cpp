@@ -127,3 +127,69 @@ TEST(Lint, StrictlyAUserMustBeAbleToReadEveryRow)
         EXPECT_NE(strict.output.find(message), std::string::npos) << message << "\n" << strict.output;
     EXPECT_NE(strict.output.find(", 8 problems"), std::string::npos) << strict.output;
 }
+
+TEST(Lint, ADefinitionWithAnItemThatIsNotADictionaryIsRefusedByOpenLintAndSearchAlike)
+{
+    test::TempDir resources;
+    fs::copy(NIMBRA_RESOURCES_DIR, resources.path(), fs::copy_options::recursive);
+    edit(resources / "pages/SpringBoard/HomeScreenDock.plist", [](PlistArray& items) { items.insert(items.begin() + 1, PlistValue("not a row")); });
+    const std::string refusal = "page definition \"pages/SpringBoard/HomeScreenDock.plist\": item 1 is not a dictionary";
+
+    auto run = lint(resources.path());
+    EXPECT_EQ(run.status, 1);
+    EXPECT_NE(run.output.find("NIMHomeScreenDockPrefsListController (pages/SpringBoard/HomeScreenDock): " + refusal), std::string::npos)
+        << run.output;
+    EXPECT_EQ(run.output.find("HomeScreenDock): id \""), std::string::npos) << "the refused page is not checked row by row\n" << run.output;
+
+    std::string env = "NIMBRA_RESOURCES='" + resources.path().string() + "' ";
+    auto capture = [](const std::string& command) {
+        FILE* pipe = ::popen(command.c_str(), "r");
+        std::string output;
+        char buffer[4096];
+        while (std::size_t n = std::fread(buffer, 1, sizeof buffer, pipe))
+            output.append(buffer, n);
+        ::pclose(pipe);
+        return output;
+    };
+    test::TempDir root;
+    std::string opened = capture(env + "'" NIMBRA_PREFS_EXE "' --root '" + root.path().string() +
+                                 "' script 2>&1 <<'END'\nopen NIMHomeScreenDockPrefsListController\nshow\nEND\n");
+    EXPECT_NE(opened.find(refusal), std::string::npos) << opened;
+    EXPECT_NE(opened.find("{\"page\":\"NIMHomeScreenDockPrefsListController\",\"ids\":[]}"), std::string::npos) << opened;
+
+    std::string found = capture(env + "'" NIMBRA_PREFS_EXE "' search Dock 2>&1");
+    EXPECT_EQ(found.find("NIMHomeScreenDockPrefsListController"), std::string::npos) << "search leaves the refused page out\n" << found;
+    EXPECT_NE(found.find("\"page\":\"NIMHomeScreenRootPrefsListController\""), std::string::npos)
+        << "the link to it is still found\n" << found;
+}
+
+TEST(Lint, StrictlyASwitchShowsWhatAnAbsentKeyReads)
+{
+    test::TempDir resources;
+    fs::copy(NIMBRA_RESOURCES_DIR, resources.path(), fs::copy_options::recursive);
+    // "Show in Apps" reads NO when nothing is stored; the Tovin title's show key reads YES.
+    edit(resources / "pages/Modules/CPUInfoVisibility.plist", [](PlistArray& items) {
+        for (auto& item : items)
+            if (item["key"].stringValue() == "showInApps") {
+                PlistDictionary row = item.dictionaryValue();
+                row["default"] = PlistValue(true);
+                item = PlistValue(row);
+            }
+    });
+    edit(resources / "pages/Modules/TovinNotificationTitle.plist", [](PlistArray& items) {
+        for (auto& item : items)
+            if (item["key"].stringValue() == "showTitle") {
+                PlistDictionary row = item.dictionaryValue();
+                row.erase("default");
+                item = PlistValue(row);
+            }
+    });
+    auto run = lint(resources.path());
+    EXPECT_EQ(run.status, 1);
+    EXPECT_NE(run.output.find("row \"topLevelChild3\" shows on while nothing is stored, but \"showInApps\" reads NO when absent"),
+              std::string::npos)
+        << run.output;
+    EXPECT_NE(run.output.find("row \"topLevelSwitch\" shows off while nothing is stored, but \"showTitle\" reads YES when absent"),
+              std::string::npos)
+        << run.output;
+}

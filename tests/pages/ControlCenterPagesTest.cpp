@@ -63,6 +63,32 @@ TEST(SharedGroups, TheKillAllRowStaysWhileEitherGestureIsOn)
     EXPECT_EQ(s.insertions(), std::vector<std::string>{"killAllChild after topLevelChild12"});
 }
 
+TEST(SharedGroups, TheMasterSwitchShowsEachOptionRowOnceWhenTheReloadKeptThem)
+{
+    // With the master switch off, the reload keeps the rows of options that are on; switching the
+    // master on then shows each of them once, in its place.
+    for (const char* gesture : {"longPressToKillAllApps", "swipeDownToKillAllApps"}) {
+        SCOPED_TRACE(gesture);
+        test::PageSession s;
+        s.store("com.veltram.nimbraprefs.appswitcher", gesture, PlistValue(true));
+        s.store("com.veltram.nimbraprefs.appswitcher", "enableCustomSwitcherLayout", PlistValue(true));
+        s.store("com.veltram.nimbraprefs.appswitcher", "enabled", PlistValue(false));
+        s.open("NIMAppSwitcherRootPrefsListController");
+        s.set("enabled", PlistValue(true));
+        auto ids = s.shownIds();
+        for (const char* id : {"killAllChild", "customLayoutChild"})
+            EXPECT_EQ(std::count(ids.begin(), ids.end(), id), 1) << id;
+        // The rows the reload kept stay where they are; the fourteen go in after the switch.
+        std::vector<std::string> expected = numbered("topLevelChild%d", 1, 14);
+        if (std::string(gesture) == "swipeDownToKillAllApps")
+            expected.push_back("swipeDownChild");
+        expected = expected + std::vector<std::string>{"killAllChild", "customLayoutChild"};
+        EXPECT_EQ(s.shownOf(expected), expected);
+        s.set("enabled", PlistValue(false));
+        EXPECT_TRUE(s.shownOf(expected).empty());
+    }
+}
+
 TEST(SharedGroups, BackgroundStyleThreeChangesNothingInTheHookAndRemovesNothingOnReload)
 {
     test::PageSession s;
