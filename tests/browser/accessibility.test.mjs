@@ -135,8 +135,9 @@ test('axe-core finds no violation on any page, in either appearance, nor on what
   const classes = listed.stdout.split('\n').filter(Boolean).map((line) => line.split('\t')[0]);
   assert.ok(classes.length >= 117, `every page: ${classes.length}`);
   // A backup whose restore changes something, for the preview.
-  const backupText = await (await fetch(new URL('/api/backup', server.url))).text();
-  const backup = { name: 'backup.plist', mimeType: 'application/xml', buffer: Buffer.from(backupText) };
+  // A backup is a binary property list: its bytes, never a text decoding of them.
+  const backupBytes = Buffer.from(await (await fetch(new URL('/api/backup', server.url))).arrayBuffer());
+  const backup = { name: 'backup.plist', mimeType: 'application/octet-stream', buffer: backupBytes };
   await server.api('POST', '/api/set', { key: 'nimbraEnabled', value: false });
 
   const found = (
