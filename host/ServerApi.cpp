@@ -128,10 +128,22 @@ std::shared_ptr<ServerSession> WebServer::Impl::sessionFor(const HttpRequest& re
     return session;
 }
 
+namespace {
+
+/// A fingerprint of a state's rows.
+std::size_t rowsFingerprint(const nlohmann::ordered_json& rows)
+{
+    return std::hash<std::string>{}(rows.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace)) | 1;
+}
+
+}  // namespace
+
 WebServer::Impl::Json WebServer::Impl::stateOf(ServerSession& tab)
 {
     Json state = tab.state();
     state["answer"] = ++_answers;
+    bool picker = state["picker"].is_object() && state["page"].is_object();
+    tab.sentRows = {state["answer"].get<std::uint64_t>(), picker ? rowsFingerprint(state["page"]["rows"]) : 0};
     return state;
 }
 
@@ -159,7 +171,8 @@ WebServer::Impl::Json WebServer::Impl::parseBody(const HttpRequest& req) const
     return body;
 }
 
-void WebServer::Impl::command(const HttpRequest& req, HttpResponse& res, const std::function<Json(ServerSession&)>& run)
+void WebServer::Impl::command(const HttpRequest& req, HttpResponse& res, const std::function<Json(ServerSession&)>& run,
+                              const std::function<void(ServerSession&, Json&)>& shape)
 {
     try {
         auto tab = sessionFor(req);
@@ -190,6 +203,8 @@ void WebServer::Impl::command(const HttpRequest& req, HttpResponse& res, const s
             result = Json::object();
         result["ok"] = true;
         result.update(screenUpdate(*tab, since));
+        if (shape)
+            shape(*tab, result);
         reply(res, 200, result);
     } catch (...) {
         refuse(req, res, std::current_exception());
@@ -352,18 +367,53 @@ void WebServer::Impl::apiRoutes()
         session.alert(stringField(body, "title"));
         return Json::object();
     });
-    gesture("/api/pick", [](const Json& body, Session& session) {
-        const Json& identifiers = field(body, "bundleIDs");
-        if (!identifiers.is_array())
-            throw CommandError("\"bundleIDs\" must be an array of bundle identifiers");
-        std::vector<std::string> list;
-        for (auto& identifier : identifiers) {
-            if (!identifier.is_string())
-                throw CommandError("\"bundleIDs\" must be an array of bundle identifiers");
-            list.push_back(identifier.get<std::string>());
+    // A pick in an app picker answers only the rows it changed when the page says which state it
+    // drew (?drawn=ANSWER) and that state's rows are the session's rows before the pick: an app
+    // list is long, and a pick changes one or two of its rows. The answer's page then holds
+    // "rowsChanged": {"base": ANSWER, "rows": [[INDEX, ROW], ...]} instead of "rows".
+    http.post("/api/pick", jsonLimit, [this](const HttpRequest& req, HttpResponse& res) {
+        Json body;
+        std::optional<std::uint64_t> drawn;
+        try {
+            body = parseBody(req);
+            if (req.has_param("drawn"))
+                drawn = numberParameter(req, "drawn", 0);
+        } catch (...) {
+            return refuse(req, res, std::current_exception());
         }
-        session.pick(list);
-        return Json::object();
+        Json before;  // the rows the page drew, when they are the session's rows before the pick
+        command(
+            req, res,
+            [&](ServerSession& tab) {
+                const Json& identifiers = field(body, "bundleIDs");
+                if (!identifiers.is_array())
+                    throw CommandError("\"bundleIDs\" must be an array of bundle identifiers");
+                std::vector<std::string> list;
+                for (auto& identifier : identifiers) {
+                    if (!identifier.is_string())
+                        throw CommandError("\"bundleIDs\" must be an array of bundle identifiers");
+                    list.push_back(identifier.get<std::string>());
+                }
+                if (drawn && *drawn == tab.sentRows.answer && tab.sentRows.fingerprint != 0) {
+                    Json state = tab.state();
+                    if (state["page"].is_object() && rowsFingerprint(state["page"]["rows"]) == tab.sentRows.fingerprint)
+                        before = std::move(state["page"]["rows"]);
+                }
+                tab.session().pick(list);
+                return Json::object();
+            },
+            [&](ServerSession&, Json& answer) {
+                Json& page = answer["state"]["page"];
+                if (!before.is_array() || !page.is_object() || !page["rows"].is_array() || page["rows"].size() != before.size())
+                    return;
+                Json changed = Json::array();
+                const Json& rows = page["rows"];
+                for (std::size_t i = 0; i < rows.size(); ++i)
+                    if (rows[i] != before[i])
+                        changed.push_back(Json::array({i, rows[i]}));
+                page.erase("rows");
+                page["rowsChanged"] = {{"base", *drawn}, {"rows", std::move(changed)}};
+            });
     });
     gesture("/api/removeimage", [](const Json& body, Session& session) {
         session.removeImageAt(indexField(body, "index"));

@@ -48,7 +48,9 @@ struct WebServer::Impl {
     /// Runs a gesture on the session the request names, with that session's lock held, and
     /// answers with its result, the events it caused (those above "since" when given) and the
     /// state after it.
-    void command(const HttpRequest& req, HttpResponse& res, const std::function<Json(ServerSession&)>& run);
+    /// shape, when given, may then change the answer (with the lock still held).
+    void command(const HttpRequest& req, HttpResponse& res, const std::function<Json(ServerSession&)>& run,
+                 const std::function<void(ServerSession&, Json&)>& shape = {});
     /// The JSON object a request's body holds (an empty object for an empty body).
     Json parseBody(const HttpRequest& req) const;
     /// A tab's state, numbered: a screen draws no answer older than one it drew. Needs the tab's lock.

@@ -69,6 +69,14 @@ public:
     /// nothing when every write of those events was stored.
     std::optional<std::string> failedWriteSince(std::uint64_t since) const;
 
+    /// The last state sent to a page: its answer number, and a fingerprint of its rows when it
+    /// showed an app picker (0 otherwise), so that a pick can answer the rows it changed only.
+    struct SentRows {
+        std::uint64_t answer = 0;
+        std::size_t fingerprint = 0;
+    };
+    SentRows sentRows;
+
     /// When a request last named the session.
     std::chrono::steady_clock::time_point lastUsed() const { return _lastUsed.load(); }
     void touch() { _lastUsed = std::chrono::steady_clock::now(); }

@@ -128,14 +128,24 @@ std::string lockOfFile(const std::string& logical)
     return std::string(NSFileManager::kLocksDirectory) + "files/" + fs::path(logical).filename().string() + ".lock";
 }
 
+/// A damaged file a restore replaces, and the name it is kept under (device paths).
+struct Aside {
+    std::string target;
+    std::string aside;
+};
+
 /// Writes the journal durably; what failed, if anything.
-std::optional<std::string> writeJournal(const fs::path& journal, std::string_view state, const std::vector<Replacement>& files)
+std::optional<std::string> writeJournal(const fs::path& journal, std::string_view state, const std::vector<Replacement>& files,
+                                        const std::vector<Aside>& asides)
 {
-    PlistArray targets;
+    PlistArray targets, kept;
     targets.reserve(files.size());
     for (auto& file : files)
         targets.push_back(PlistValue(file.target));
-    PlistDictionary contents{{"state", PlistValue(state)}, {"files", PlistValue(std::move(targets))}};
+    for (auto& aside : asides)
+        kept.push_back(PlistValue(PlistDictionary{{"file", PlistValue(aside.target)}, {"aside", PlistValue(aside.aside)}}));
+    PlistDictionary contents{{"state", PlistValue(state)}, {"files", PlistValue(std::move(targets))},
+                             {"aside", PlistValue(std::move(kept))}};
     // The restore lock is held: the journal's temporary file has its one name.
     return AtomicFile::replace(journal,
                                PropertyListSerialization::dataWithPropertyList(PlistValue(std::move(contents)),
@@ -148,6 +158,16 @@ void removeJournal(const fs::path& journal)
 {
     ::unlink(journal.c_str());
     AtomicFile::flushFolderOf(journal);
+}
+
+/// The folders holding files, each once.
+std::vector<fs::path> foldersOf(const std::vector<fs::path>& files)
+{
+    std::vector<fs::path> folders;
+    for (auto& file : files)
+        if (std::find(folders.begin(), folders.end(), file.parent_path()) == folders.end())
+            folders.push_back(file.parent_path());
+    return folders;
 }
 
 /// Finishes (state "commit") or undoes (state "staging") the restore a journal describes, then
@@ -165,6 +185,11 @@ std::optional<std::string> settle(const fs::path& journal)
             if (auto host = process.hostPath(item.stringValue()); host && item.isString())
                 targets.push_back(*host);
     bool commit = parsed && (*parsed)["state"].stringValue() == "commit";
+    // The damaged files kept aside: an undone restore leaves each one in place, so its second name goes.
+    if (parsed && !commit)
+        for (auto& item : (*parsed)["aside"].arrayValue())
+            if (auto host = process.hostPath(item["aside"].stringValue()); host && item["aside"].isString())
+                ::unlink(host->c_str());
     std::optional<std::string> problem;
     for (auto& target : targets) {
         fs::path staged = stagedName(target);
@@ -175,8 +200,8 @@ std::optional<std::string> settle(const fs::path& journal)
             ::unlink(staged.c_str());
         }
     }
-    for (auto& target : targets)
-        if (auto flushed = AtomicFile::flushFolderOf(target); flushed && !problem)
+    for (auto& folder : foldersOf(targets))
+        if (auto flushed = AtomicFile::flushFolderOf(folder / "."); flushed && !problem)
             problem = *flushed;
     if (problem)
         return problem;  // the journal stays: the next start tries again
@@ -224,7 +249,7 @@ SettingsBackup SettingsBackup::collect(std::vector<std::string>* skipped)
             skip(std::string(kPreferencesFolder) + name + " (damaged)");
             continue;
         }
-        backup._domains.emplace(identifier, parsed->dictionaryValue());
+        backup._domains.emplace(identifier, std::move(*parsed));
     }
     fs::path pictures = hostPath(std::string(kPictureFolder));
     for (const std::string& name : filesIn(pictures)) {
@@ -279,7 +304,7 @@ std::string SettingsBackup::data() const
 {
     PlistDictionary domains, pictures;
     for (auto& [identifier, values] : _domains)
-        domains.emplace(identifier, PlistValue(values));
+        domains.emplace(identifier, values);
     for (auto& [name, bytes] : _pictures)
         pictures.emplace(name, PlistValue(PlistData{std::vector<std::uint8_t>(bytes.begin(), bytes.end())}));
     PlistDictionary top{
@@ -316,7 +341,8 @@ SettingsBackup SettingsBackup::fromData(std::string_view bytes)
         std::string encoded = PropertyListSerialization::dataWithPropertyList(values, PropertyListSerialization::Format::Binary);
         if (encoded.size() > HBPreferences::kMaximumFileSize)
             throw BackupError("the domain \"" + identifier + "\" is larger than " + sizeText(HBPreferences::kMaximumFileSize));
-        backup._domains.emplace(identifier, values.dictionaryValue());
+        backup._domains.emplace(identifier, values);
+        backup._encoded.emplace(identifier, std::move(encoded));
     }
     const PlistValue& pictures = top["pictures"];
     if (!pictures.isNil() && pictures.kind() != PlistValue::Kind::Dictionary)
@@ -362,7 +388,7 @@ nlohmann::ordered_json SettingsBackup::changes() const
         std::map<std::string, std::pair<const PlistValue*, const PlistValue*>, std::less<>> keys;
         for (auto& [key, value] : current)
             keys[key].first = &value;
-        for (auto& [key, value] : values)
+        for (auto& [key, value] : values.dictionaryValue())
             keys[key].second = &value;
         for (auto& [key, pair] : keys) {
             auto [old, now] = pair;
@@ -405,10 +431,14 @@ void SettingsBackup::restore() const
         throw BackupError("an interrupted restore could not be finished (" + *problem + "); nothing was restored");
 
     std::vector<Replacement> files;
-    for (auto& [identifier, values] : _domains)
+    for (auto& [identifier, values] : _domains) {
+        auto encoded = _encoded.find(identifier);
         files.push_back({HBPreferences::pathForIdentifier(identifier),
-                         PropertyListSerialization::dataWithPropertyList(PlistValue(values), PropertyListSerialization::Format::Binary),
+                         encoded != _encoded.end()
+                             ? encoded->second
+                             : PropertyListSerialization::dataWithPropertyList(values, PropertyListSerialization::Format::Binary),
                          lockOfDomain(identifier)});
+    }
     for (auto& [name, bytes] : _pictures) {
         std::string path = std::string(kPictureFolder) + name + ".png";
         files.push_back({path, bytes, lockOfFile(path)});
@@ -421,26 +451,48 @@ void SettingsBackup::restore() const
             throw BackupError("cannot take the lock of " + file.target + " (" + locks.back()->problem() + "); nothing was restored");
     }
 
+    // A damaged domain file is kept, as a value write keeps it: it gets its ".corrupt-" name as a
+    // second name before anything changes, so it is still in place when the restore is undone.
+    std::vector<Aside> asides;
+    for (auto& [identifier, values] : _domains) {
+        std::string target = HBPreferences::pathForIdentifier(identifier);
+        auto damaged = HBPreferences(identifier).fileIsDamaged();
+        if (!damaged)
+            throw BackupError("cannot read " + target + ", which the backup would replace; nothing was restored");
+        if (!*damaged)
+            continue;
+        std::string host = hostPath(target).string();
+        asides.push_back({target, target + HBPreferences::damagedFileAside(host).substr(host.size())});
+    }
+
     // 1. Stage every new file beside the one it replaces; the journal says what to undo.
     auto undo = [&](const std::string& why) {
         for (auto& file : files)
             ::unlink(stagedName(hostPath(file.target)).c_str());
+        for (auto& aside : asides)
+            ::unlink(hostPath(aside.aside).c_str());
         removeJournal(journal);
         throw BackupError(why + "; nothing was restored");
     };
-    if (auto problem = writeJournal(journal, "staging", files))
+    if (auto problem = writeJournal(journal, "staging", files, asides))
         undo("cannot write the restore's journal (" + *problem + ")");
+    for (auto& aside : asides)
+        if (SystemCalls::link(hostPath(aside.target).c_str(), hostPath(aside.aside).c_str()) != 0)
+            undo("cannot keep the damaged file " + aside.target + " (" + std::strerror(errno) + ")");
     for (auto& file : files) {
         fs::path target = hostPath(file.target);
         if (auto problem = AtomicFile::stage(stagedName(target), file.bytes, target))
             undo("cannot stage " + file.target + " (" + *problem + ")");
     }
+    std::vector<fs::path> targets;
     for (auto& file : files)
-        if (auto problem = AtomicFile::flushFolderOf(hostPath(file.target)))
-            undo("cannot flush " + file.target + " (" + *problem + ")");
+        targets.push_back(hostPath(file.target));
+    for (auto& folder : foldersOf(targets))
+        if (auto problem = AtomicFile::flushFolderOf(folder / "."))
+            undo("cannot flush the folder of the restored files (" + *problem + ")");
     // 2. The commit: from here on the new set is the one that stands, and an interrupted restore
     //    is finished by the next start.
-    if (auto problem = writeJournal(journal, "commit", files))
+    if (auto problem = writeJournal(journal, "commit", files, asides))
         undo("cannot commit the restore (" + *problem + ")");
     if (auto problem = settle(journal))
         throw BackupError("the restore is committed but not yet in place (" + *problem +

@@ -72,7 +72,8 @@ public:
     /// nothing when no restore was interrupted. Throws BackupError when it cannot.
     static void finishInterruptedRestore();
 
-    const std::map<std::string, PlistDictionary>& domains() const { return _domains; }
+    /// Domain identifier to its contents (a dictionary).
+    const std::map<std::string, PlistValue>& domains() const { return _domains; }
     /// Picture name (without ".png") to its bytes.
     const std::map<std::string, std::string>& pictures() const { return _pictures; }
 
@@ -81,6 +82,8 @@ public:
     static bool isProductDomain(std::string_view identifier);
 
 private:
-    std::map<std::string, PlistDictionary> _domains;
+    std::map<std::string, PlistValue> _domains;
+    /// Each domain as the binary property list a restore writes, when already made.
+    std::map<std::string, std::string> _encoded;
     std::map<std::string, std::string> _pictures;
 };

@@ -47,18 +47,31 @@ std::string utcTimestamp()
     return text;
 }
 
-/// Renames a damaged file to "<name>.corrupt-<UTC timestamp>[-N]"; false when it stays.
-bool moveAside(const fs::path& file)
+/// Renames a damaged file aside (HBPreferences::damagedFileAside); false when it stays.
+bool moveAside(const std::string& file)
 {
-    std::string base = file.string() + ".corrupt-" + utcTimestamp();
+    return SystemCalls::rename(file.c_str(), HBPreferences::damagedFileAside(file).c_str()) == 0;
+}
+
+}  // namespace
+
+std::string HBPreferences::damagedFileAside(const std::string& file)
+{
+    std::string base = file + ".corrupt-" + utcTimestamp();
     std::string target = base;
     std::error_code ec;
     for (int n = 2; fs::exists(fs::symlink_status(target, ec)); ++n)
         target = base + "-" + std::to_string(n);
-    return SystemCalls::rename(file.c_str(), target.c_str()) == 0;
+    return target;
 }
 
-}  // namespace
+std::optional<bool> HBPreferences::fileIsDamaged() const
+{
+    Stored stored = loadForWrite();
+    if (stored.state == Stored::State::Unreadable)
+        return std::nullopt;
+    return stored.state == Stored::State::Corrupt;
+}
 
 bool HBPreferences::isValidIdentifier(std::string_view identifier)
 {
@@ -114,14 +127,14 @@ HBPreferences::Stored HBPreferences::load() const
         return stored;
     }
     stored.state = Stored::State::Values;
-    stored.values = parsed->dictionaryValue();
+    stored.values = std::move(*parsed).takeDictionary();
     return stored;
 }
 
 const PlistDictionary& HBPreferences::current()
 {
     if (HBPreferencesReadPass::hasChecked(*this))
-        return _snapshot ? _snapshot->values : emptyValues;
+        return _snapshot ? _snapshot->values.dictionaryValue() : emptyValues;
     HBPreferencesReadPass::checked(*this);
     struct stat st {};
     if (!_file || ::stat(_file->c_str(), &st) != 0) {
@@ -130,15 +143,15 @@ const PlistDictionary& HBPreferences::current()
     }
     if (_snapshot && _snapshot->device == st.st_dev && _snapshot->inode == st.st_ino && _snapshot->size == st.st_size &&
         _snapshot->modified.tv_sec == st.st_mtim.tv_sec && _snapshot->modified.tv_nsec == st.st_mtim.tv_nsec)
-        return _snapshot->values;
+        return _snapshot->values.dictionaryValue();
     Stored stored = load();
     if (stored.state == Stored::State::Unreadable) {
         // Read as empty this time; the next read tries again.
         _snapshot.reset();
         return emptyValues;
     }
-    _snapshot = Snapshot{st.st_dev, st.st_ino, st.st_size, st.st_mtim, std::move(stored.values)};
-    return _snapshot->values;
+    _snapshot = Snapshot{st.st_dev, st.st_ino, st.st_size, st.st_mtim, PlistValue(std::move(stored.values))};
+    return _snapshot->values.dictionaryValue();
 }
 
 PlistValue HBPreferences::objectForKey(std::string_view key)
@@ -228,14 +241,14 @@ HBPreferences::Stored HBPreferences::loadForWrite() const
     return stored;
 }
 
-bool HBPreferences::store(const PlistDictionary& values, bool corrupt, std::string_view what)
+bool HBPreferences::store(PlistDictionary values, bool corrupt, std::string_view what)
 {
     _snapshot.reset();
     if (corrupt && !moveAside(*_file))
         return refuse(what, std::string("the damaged file cannot be moved aside (") + std::strerror(errno) +
                                 "); nothing was changed");
-    std::string bytes = PropertyListSerialization::dataWithPropertyList(PlistValue(values),
-                                                                        PropertyListSerialization::Format::Binary);
+    PlistValue written(std::move(values));
+    std::string bytes = PropertyListSerialization::dataWithPropertyList(written, PropertyListSerialization::Format::Binary);
     // The domain's lock is held: the temporary file has its one name, and one that a killed writer
     // left is replaced without looking through the folder.
     if (auto problem = AtomicFile::replace(*_file, bytes, AtomicFile::Temporary::Fixed))
@@ -244,7 +257,7 @@ bool HBPreferences::store(const PlistDictionary& values, bool corrupt, std::stri
     // kept, so that the next read does not parse the file again.
     struct stat st {};
     if (::stat(_file->c_str(), &st) == 0 && static_cast<std::size_t>(st.st_size) == bytes.size())
-        _snapshot = Snapshot{st.st_dev, st.st_ino, st.st_size, st.st_mtim, values};
+        _snapshot = Snapshot{st.st_dev, st.st_ino, st.st_size, st.st_mtim, std::move(written)};
     HBPreferencesReadPass::forget(*this);
     return true;
 }
@@ -268,7 +281,7 @@ bool HBPreferences::modify(std::string_view what, Change change)
         return refuse(what, "the file cannot be read (" + stored.problem + "); nothing was changed");
     if (!change(stored.values, stored.state != Stored::State::Missing))
         return true;
-    return store(stored.values, stored.state == Stored::State::Corrupt, what);
+    return store(std::move(stored.values), stored.state == Stored::State::Corrupt, what);
 }
 
 bool HBPreferences::setObject(const PlistValue& value, std::string_view key)

@@ -92,6 +92,13 @@ public:
     bool removeObjectForKey(std::string_view key) { return setObject({}, key); }
     /// Deletes every key: the domain's file, when there is one, is left holding an empty dictionary.
     bool removeAllObjects();
+    /// Whether the domain's file is there but damaged (what a write moves aside before it writes),
+    /// read as a write reads it; nothing when it cannot be read (a write would be refused).
+    std::optional<bool> fileIsDamaged() const;
+    /// The name a damaged file at host path file is moved aside to, free now:
+    /// "<file>.corrupt-<UTC timestamp>", with "-2", "-3", ... after it when that is taken.
+    static std::string damagedFileAside(const std::string& file);
+
     /// Replaces every key and value with contents in one locked, atomic write (a restored backup);
     /// the file is written even when it was missing or already held the same values. True once
     /// the new file is safely on disk; false, with an `error` event, when it is not.
@@ -109,7 +116,7 @@ private:
         ino_t inode = 0;
         off_t size = -1;
         std::timespec modified{};
-        PlistDictionary values;
+        PlistValue values;  // a dictionary
     };
 
     const PlistDictionary& current();
@@ -122,8 +129,8 @@ private:
     template <class Change> bool modify(std::string_view what, Change change);
     /// The key of the write being made, for its error event ("" for whole-domain writes).
     std::string _writingKey;
-    /// Moves a corrupt file aside and replaces the file with values.
-    bool store(const PlistDictionary& values, bool corrupt, std::string_view what);
+    /// Moves a corrupt file aside and replaces the file with values (kept as what the file holds).
+    bool store(PlistDictionary values, bool corrupt, std::string_view what);
     /// Records why a write of `what` (under key, when one key) failed; false. The reason names no path.
     bool refuse(std::string_view what, const std::string& reason) const;
 

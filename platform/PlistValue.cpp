@@ -23,12 +23,12 @@ std::size_t skipSpace(std::string_view text, std::size_t i)
 }  // namespace
 
 PlistValue::PlistValue(PlistArray value)
-    : _storage(std::make_shared<const PlistArray>(std::move(value)))
+    : _storage(std::make_shared<PlistArray>(std::move(value)))
 {
 }
 
 PlistValue::PlistValue(PlistDictionary value)
-    : _storage(std::make_shared<const PlistDictionary>(std::move(value)))
+    : _storage(std::make_shared<PlistDictionary>(std::move(value)))
 {
 }
 
@@ -166,16 +166,29 @@ const std::string& PlistValue::stringValue() const
 
 const PlistArray& PlistValue::arrayValue() const
 {
-    if (auto a = std::get_if<std::shared_ptr<const PlistArray>>(&_storage))
+    if (auto a = std::get_if<std::shared_ptr<PlistArray>>(&_storage))
         return **a;
     return emptyArray;
 }
 
 const PlistDictionary& PlistValue::dictionaryValue() const
 {
-    if (auto d = std::get_if<std::shared_ptr<const PlistDictionary>>(&_storage))
+    if (auto d = std::get_if<std::shared_ptr<PlistDictionary>>(&_storage))
         return **d;
     return emptyDictionary;
+}
+
+PlistDictionary PlistValue::takeDictionary() &&
+{
+    PlistDictionary taken;
+    if (auto d = std::get_if<std::shared_ptr<PlistDictionary>>(&_storage)) {
+        if (d->use_count() == 1)
+            taken = std::move(**d);
+        else
+            taken = **d;
+    }
+    _storage = std::monostate{};
+    return taken;
 }
 
 const ObjCClass* PlistValue::classValue() const

@@ -93,6 +93,9 @@ public:
     /// Typed access; each returns an empty value (or nullptr) when the kind differs.
     const PlistArray& arrayValue() const;
     const PlistDictionary& dictionaryValue() const;
+    /// The dictionary, moved out when this value is its only holder and copied otherwise (another
+    /// value shares it); empty for other kinds. This value is left nil.
+    PlistDictionary takeDictionary() &&;
     const PlistData* dataValue() const { return std::get_if<PlistData>(&_storage); }
     const PlistDate* dateValue() const { return std::get_if<PlistDate>(&_storage); }
     const PlistUID* uidValue() const { return std::get_if<PlistUID>(&_storage); }
@@ -114,8 +117,10 @@ private:
         bool operator==(const LargeUnsigned&) const = default;
     };
 
+    // Containers are shared and never changed once made (only takeDictionary() moves one out of
+    // its sole holder).
     std::variant<std::monostate, bool, std::int64_t, double, std::string, PlistData, PlistDate,
-                 std::shared_ptr<const PlistArray>, std::shared_ptr<const PlistDictionary>, const ObjCClass*, PlistUID,
+                 std::shared_ptr<PlistArray>, std::shared_ptr<PlistDictionary>, const ObjCClass*, PlistUID,
                  LargeUnsigned>
         _storage;
 };

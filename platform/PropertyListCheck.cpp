@@ -4,6 +4,7 @@
 #include <cctype>
 #include <cstdint>
 #include <cstring>
+#include <unordered_map>
 #include <vector>
 
 namespace PropertyListCheck {
@@ -116,7 +117,7 @@ private:
     }
 
     /// Reads object index's marker and size; nothing when it lies outside the objects.
-    std::optional<Object> object(std::uint64_t index, std::string& why) const
+    std::optional<Object> object(std::uint64_t index, const char*& why) const
     {
         std::uint64_t at = number(_table + index * _offsetSize, _offsetSize);
         const std::uint64_t end = _table;
@@ -204,10 +205,11 @@ private:
             std::uint64_t next = 0;
             Totals totals;
         };
+        // Only containers are marked: a leaf met again is read again, at the cost of reading it.
         std::vector<std::uint8_t> state(_count, Unseen);
-        std::vector<Totals> done(_count);
+        std::unordered_map<std::uint64_t, Totals> done;
         std::vector<Frame> path;
-        std::string why;
+        const char* why = "";
 
         // Adds a finished object's totals into its container (or checks the whole at the top).
         auto add = [&](const Totals& child) -> std::optional<std::string> {
@@ -233,12 +235,9 @@ private:
                 return add(done[index]);
             auto found = object(index, why);
             if (!found)
-                return why;
-            if (!found->container) {
-                state[index] = Done;
-                done[index] = {1, found->payload, 0};
-                return add(done[index]);
-            }
+                return std::string(why);
+            if (!found->container)
+                return add({1, found->payload, 0});
             state[index] = Open;
             path.push_back({index, *found, 0, {1, 0, 0}});
             if (path.size() > kMaxDepth)

@@ -14,6 +14,7 @@
 #include <cstring>
 #include <limits>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 namespace PropertyListSerialization {
@@ -62,6 +63,15 @@ template <class Unit> std::string utf16ToUtf8(std::size_t count, Unit unit)
         appendUtf8(out, code);
     }
     return out;
+}
+
+/// Whether text is all ASCII.
+bool isAscii(std::string_view text)
+{
+    unsigned char seen = 0;
+    for (char c : text)
+        seen |= static_cast<unsigned char>(c);
+    return seen < 0x80;
 }
 
 /// Decodes the UTF-8 character at text[i], advancing i; invalid bytes read as U+FFFD, one each.
@@ -159,18 +169,30 @@ public:
         if (_offsetSize < 1 || _offsetSize > 8 || _refSize < 1 || _refSize > 8 || _count == 0 || top >= _count ||
             _table < kBinaryMagic.size() || _table >= trailer || _count > (trailer - _table) / _offsetSize)
             return std::nullopt;
-        _cache.assign(_count, std::nullopt);
         return object(top, 0);
     }
 
 private:
+    /// Where an object lies: its type, the low half of its marker, its count (of bytes, units or
+    /// references) and where its content starts.
+    struct Header {
+        unsigned type = 0, low = 0;
+        std::uint64_t length = 0, content = 0;
+    };
+
     std::uint8_t byte(std::uint64_t at) const { return static_cast<std::uint8_t>(_bytes[at]); }
 
     std::uint64_t number(std::uint64_t at, std::size_t size) const
     {
+        const auto* p = reinterpret_cast<const std::uint8_t*>(_bytes.data() + at);
+        switch (size) {
+        case 1: return p[0];
+        case 2: return std::uint64_t{p[0]} << 8 | p[1];
+        default: break;
+        }
         std::uint64_t value = 0;
         for (std::size_t i = 0; i < size; ++i)
-            value = (value << 8) | byte(at + i);
+            value = (value << 8) | p[i];
         return value;
     }
 
@@ -181,55 +203,140 @@ private:
         return std::bit_cast<double>(number(at, 8));
     }
 
-    /// The value of object index (shared when referred to again), or nothing when it is not one.
-    std::optional<PlistValue> object(std::uint64_t index, std::size_t depth)
+    /// Units of unit bytes that fit between the content and the offset table.
+    bool fits(const Header& header, std::uint64_t units, std::uint64_t unit) const
     {
-        if (index >= _count || depth > PropertyListCheck::kMaxDepth)
-            return std::nullopt;
-        if (_cache[index])
-            return _cache[index];
-        auto value = parse(index, depth);
-        if (value)
-            _cache[index] = value;
-        return value;
+        return units <= (_table - header.content) / unit;
     }
 
-    std::optional<PlistValue> parse(std::uint64_t index, std::size_t depth)
+    std::optional<Header> header(std::uint64_t index) const
     {
         const std::uint64_t end = _table;
         std::uint64_t at = number(_table + index * _offsetSize, _offsetSize);
         if (at < kBinaryMagic.size() || at >= end)
             return std::nullopt;
         std::uint8_t marker = byte(at);
-        unsigned type = marker >> 4, low = marker & 0x0F;
-        std::uint64_t content = at + 1;
-        std::uint64_t length = low;
-        if ((type == 0x4 || type == 0x5 || type == 0x6 || type == 0x7 || type == 0xA || type == 0xD) && low == 0x0F) {
-            if (content >= end)
+        Header h{static_cast<unsigned>(marker >> 4), static_cast<unsigned>(marker & 0x0F), 0, at + 1};
+        h.length = h.low;
+        const unsigned type = h.type;
+        if ((type == 0x4 || type == 0x5 || type == 0x6 || type == 0x7 || type == 0xA || type == 0xD) && h.low == 0x0F) {
+            if (h.content >= end)
                 return std::nullopt;
-            std::uint8_t sizeMarker = byte(content);
+            std::uint8_t sizeMarker = byte(h.content);
             std::size_t size = std::size_t{1} << (sizeMarker & 0x0F);
-            if ((sizeMarker >> 4) != 0x1 || size > 8 || end - content - 1 < size)
+            if ((sizeMarker >> 4) != 0x1 || size > 8 || end - h.content - 1 < size)
                 return std::nullopt;
-            length = number(content + 1, size);
-            content += 1 + size;
+            h.length = number(h.content + 1, size);
+            h.content += 1 + size;
         }
-        const std::uint64_t room = end - content;
-        auto fits = [&](std::uint64_t units, std::uint64_t unit) { return units <= room / unit; };
-        switch (type) {
+        return h;
+    }
+
+    /// A string object's text as UTF-8 (ASCII, Latin-1 or UTF-16 in the file); false when the
+    /// object is no string.
+    bool text(const Header& h, std::string& out) const
+    {
+        switch (h.type) {
+        case 0x5: {
+            if (!fits(h, h.length, 1))
+                return false;
+            std::string_view bytes = _bytes.substr(h.content, h.length);
+            if (isAscii(bytes)) {
+                out.assign(bytes);
+                return true;
+            }
+            out.clear();  // bytes past ASCII are Latin-1 characters
+            for (char c : bytes)
+                appendUtf8(out, static_cast<std::uint8_t>(c));
+            return true;
+        }
+        case 0x6:
+            if (!fits(h, h.length, 2))
+                return false;
+            out = utf16ToUtf8(h.length, [&](std::size_t i) { return static_cast<std::uint32_t>(number(h.content + 2 * i, 2)); });
+            return true;
+        case 0x7:
+            if (!fits(h, h.length, 1))
+                return false;
+            out.assign(_bytes.substr(h.content, h.length));
+            return true;
+        default:
+            return false;
+        }
+    }
+
+    /// The value of object index, or nothing when it is not one. A container referred to again is
+    /// shared, as it was read the first time; leaves are read again (it costs what a copy would).
+    std::optional<PlistValue> object(std::uint64_t index, std::size_t depth)
+    {
+        if (index >= _count || depth > PropertyListCheck::kMaxDepth)
+            return std::nullopt;
+        auto h = header(index);
+        if (!h)
+            return std::nullopt;
+        if (h->type != 0xA && h->type != 0xD)
+            return leaf(*h);
+        if (auto seen = _containers.find(index); seen != _containers.end())
+            return seen->second;
+        auto value = h->type == 0xA ? array(*h, depth) : dictionary(*h, depth);
+        if (value)
+            _containers.emplace(index, *value);
+        return value;
+    }
+
+    std::optional<PlistValue> array(const Header& h, std::size_t depth)
+    {
+        if (!fits(h, h.length, _refSize))
+            return std::nullopt;
+        PlistArray array;
+        array.reserve(h.length);
+        for (std::uint64_t i = 0; i < h.length; ++i) {
+            auto item = object(number(h.content + i * _refSize, _refSize), depth + 1);
+            if (!item)
+                return std::nullopt;
+            array.push_back(std::move(*item));
+        }
+        return PlistValue(std::move(array));
+    }
+
+    std::optional<PlistValue> dictionary(const Header& h, std::size_t depth)
+    {
+        if (h.length > (_table - h.content) / 2 || !fits(h, h.length * 2, _refSize))
+            return std::nullopt;
+        PlistDictionary dictionary;
+        const std::uint64_t values = h.content + h.length * _refSize;
+        std::string key;
+        for (std::uint64_t i = 0; i < h.length; ++i) {
+            std::uint64_t keyIndex = number(h.content + i * _refSize, _refSize);
+            std::optional<Header> keyHeader;
+            if (keyIndex >= _count || !(keyHeader = header(keyIndex)) || !text(*keyHeader, key))
+                return std::nullopt;
+            auto item = object(number(values + i * _refSize, _refSize), depth + 1);
+            if (!item)
+                return std::nullopt;
+            // Keys usually come in order (sorted by the writer): then each goes in at the end.
+            dictionary.insert_or_assign(dictionary.end(), std::move(key), std::move(*item));
+        }
+        return PlistValue(std::move(dictionary));
+    }
+
+    std::optional<PlistValue> leaf(const Header& h) const
+    {
+        const unsigned low = h.low;
+        switch (h.type) {
         case 0x0:
-            if (marker == 0x08 || marker == 0x09)
-                return PlistValue(marker == 0x09);
+            if (low == 0x8 || low == 0x9)
+                return PlistValue(low == 0x9);
             return std::nullopt;  // null and fill are no values of a property list
         case 0x1: {
-            if (low > 4 || !fits(std::uint64_t{1} << low, 1))
+            if (low > 4 || !fits(h, std::uint64_t{1} << low, 1))
                 return std::nullopt;
             if (low < 3)
-                return PlistValue(static_cast<long long>(number(content, std::size_t{1} << low)));
+                return PlistValue(static_cast<long long>(number(h.content, std::size_t{1} << low)));
             if (low == 3)
-                return PlistValue(static_cast<long long>(static_cast<std::int64_t>(number(content, 8))));
+                return PlistValue(static_cast<long long>(static_cast<std::int64_t>(number(h.content, 8))));
             // 128 bits: what a 64-bit value, signed or unsigned, makes; nothing wider is kept.
-            std::uint64_t high = number(content, 8), lowBits = number(content + 8, 8);
+            std::uint64_t high = number(h.content, 8), lowBits = number(h.content + 8, 8);
             if (high == 0)
                 return PlistValue::unsignedInteger(lowBits);
             if (high == ~std::uint64_t{0} && (lowBits >> 63))
@@ -237,77 +344,31 @@ private:
             return std::nullopt;
         }
         case 0x2:
-            if ((low != 2 && low != 3) || !fits(std::uint64_t{1} << low, 1))
+            if ((low != 2 && low != 3) || !fits(h, std::uint64_t{1} << low, 1))
                 return std::nullopt;
-            return PlistValue(real(content, std::size_t{1} << low));
+            return PlistValue(real(h.content, std::size_t{1} << low));
         case 0x3:
-            if (low != 3 || !fits(8, 1))
+            if (low != 3 || !fits(h, 8, 1))
                 return std::nullopt;
-            return PlistValue(PlistDate{real(content, 8)});
+            return PlistValue(PlistDate{real(h.content, 8)});
         case 0x4: {
-            if (!fits(length, 1))
+            if (!fits(h, h.length, 1))
                 return std::nullopt;
-            auto first = reinterpret_cast<const std::uint8_t*>(_bytes.data() + content);
-            return PlistValue(PlistData{std::vector<std::uint8_t>(first, first + length)});
+            auto first = reinterpret_cast<const std::uint8_t*>(_bytes.data() + h.content);
+            return PlistValue(PlistData{std::vector<std::uint8_t>(first, first + h.length)});
         }
-        case 0x5: {
-            if (!fits(length, 1))
+        case 0x5:
+        case 0x6:
+        case 0x7: {
+            std::string out;
+            if (!text(h, out))
                 return std::nullopt;
-            std::string_view text = _bytes.substr(content, length);
-            bool ascii = true;
-            for (char c : text)
-                ascii = ascii && static_cast<std::uint8_t>(c) < 0x80;
-            if (ascii)
-                return PlistValue(text);
-            std::string latin1;  // bytes past ASCII are Latin-1 characters
-            for (char c : text)
-                appendUtf8(latin1, static_cast<std::uint8_t>(c));
-            return PlistValue(std::move(latin1));
+            return PlistValue(std::move(out));
         }
-        case 0x6: {
-            if (!fits(length, 2))
-                return std::nullopt;
-            return PlistValue(utf16ToUtf8(length, [&](std::size_t i) {
-                return static_cast<std::uint32_t>(number(content + 2 * i, 2));
-            }));
-        }
-        case 0x7:
-            if (!fits(length, 1))
-                return std::nullopt;
-            return PlistValue(_bytes.substr(content, length));
         case 0x8:
-            if (low > 7 || !fits(low + 1, 1))
+            if (low > 7 || !fits(h, low + 1, 1))
                 return std::nullopt;
-            return PlistValue(PlistUID{number(content, low + 1)});
-        case 0xA: {
-            if (!fits(length, _refSize))
-                return std::nullopt;
-            PlistArray array;
-            array.reserve(length);
-            for (std::uint64_t i = 0; i < length; ++i) {
-                auto item = object(number(content + i * _refSize, _refSize), depth + 1);
-                if (!item)
-                    return std::nullopt;
-                array.push_back(std::move(*item));
-            }
-            return PlistValue(std::move(array));
-        }
-        case 0xD: {
-            if (length > room / 2 || !fits(length * 2, _refSize))
-                return std::nullopt;
-            PlistDictionary dictionary;
-            std::uint64_t values = content + length * _refSize;
-            for (std::uint64_t i = 0; i < length; ++i) {
-                auto key = object(number(content + i * _refSize, _refSize), depth + 1);
-                if (!key || !key->isString())
-                    return std::nullopt;
-                auto item = object(number(values + i * _refSize, _refSize), depth + 1);
-                if (!item)
-                    return std::nullopt;
-                dictionary.insert_or_assign(dictionary.end(), key->stringValue(), std::move(*item));
-            }
-            return PlistValue(std::move(dictionary));
-        }
+            return PlistValue(PlistUID{number(h.content, low + 1)});
         default:
             return std::nullopt;  // sets and unknown markers
         }
@@ -316,36 +377,59 @@ private:
     std::string_view _bytes;
     std::uint8_t _offsetSize = 0, _refSize = 0;
     std::uint64_t _count = 0, _table = 0;
-    std::vector<std::optional<PlistValue>> _cache;
+    std::unordered_map<std::uint64_t, PlistValue> _containers;
 };
 
 // ---------------------------------------------------------------------------------------------
 // Binary writing
 
+/// Writes a binary property list in one walk over the value: leaves are written as they are met,
+/// containers (whose references take a size that depends on the number of objects) once every
+/// object is known, after the leaves.
 class BinaryWriter {
 public:
     std::string write(const PlistValue& top)
     {
-        std::uint64_t count = countObjects(top);
-        _refSize = sizeFor(count > 0 ? count - 1 : 0);
-        _out.reserve(64 + count * 12);
-        _out.append(kBinaryMagic);
-        _offsets.reserve(count);
+        std::memcpy(grow(kBinaryMagic.size()), kBinaryMagic.data(), kBinaryMagic.size());
         std::uint64_t topIndex = emit(top);
-        std::uint64_t table = _out.size();
-        std::uint8_t offsetSize = sizeFor(_offsets.empty() ? 0 : _offsets.back());
-        for (std::uint64_t offset : _offsets)
-            appendNumber(offset, offsetSize);
-        _out.append(6, '\0');
-        _out.push_back(static_cast<char>(offsetSize));
-        _out.push_back(static_cast<char>(_refSize));
-        appendNumber(_offsets.size(), 8);
-        appendNumber(topIndex, 8);
-        appendNumber(table, 8);
+        const std::uint64_t count = _offsets.size();
+        const std::uint8_t refSize = sizeFor(count > 0 ? count - 1 : 0);
+        for (const Container& container : _containers) {
+            _offsets[container.index] = _used;
+            appendHeader(container.type, container.length);
+            const std::size_t refs = container.type == 0xD ? 2 * container.length : container.length;
+            char* at = grow(refs * refSize);
+            for (std::size_t i = 0; i < refs; ++i, at += refSize)
+                putNumber(at, _refs[container.firstRef + i], refSize);
+        }
+        const std::uint64_t table = _used;
+        const std::uint8_t offsetSize = sizeFor(_offsets.empty() ? 0 : *std::max_element(_offsets.begin(), _offsets.end()));
+        char* at = grow(count * offsetSize);
+        for (std::uint64_t offset : _offsets) {
+            putNumber(at, offset, offsetSize);
+            at += offsetSize;
+        }
+        at = grow(32);
+        std::memset(at, 0, 6);
+        at[6] = static_cast<char>(offsetSize);
+        at[7] = static_cast<char>(refSize);
+        putNumber(at + 8, count, 8);
+        putNumber(at + 16, topIndex, 8);
+        putNumber(at + 24, table, 8);
+        _out.resize(_used);
         return std::move(_out);
     }
 
 private:
+    /// A container, written after the leaves: its object index, marker type, entries (pairs for a
+    /// dictionary) and where its references (keys, then values) start in _refs.
+    struct Container {
+        std::uint64_t index;
+        unsigned type;
+        std::uint64_t length;
+        std::size_t firstRef;
+    };
+
     static bool writable(const PlistValue& value)
     {
         auto kind = value.kind();
@@ -357,57 +441,49 @@ private:
         return largest <= 0xFF ? 1 : largest <= 0xFFFF ? 2 : largest <= 0xFFFFFFFF ? 4 : 8;
     }
 
-    static std::uint64_t countObjects(const PlistValue& value)
+    /// Room for size more bytes at the end of the output.
+    char* grow(std::size_t size)
     {
-        std::uint64_t count = 1;
-        if (value.kind() == PlistValue::Kind::Array) {
-            for (const PlistValue& item : value.arrayValue())
-                if (writable(item))
-                    count += countObjects(item);
-        } else if (value.kind() == PlistValue::Kind::Dictionary) {
-            for (const auto& [key, item] : value.dictionaryValue())
-                if (writable(item))
-                    count += 1 + countObjects(item);
-        }
-        return count;
+        if (_out.size() - _used < size)
+            _out.resize(std::max(_out.size() * 2, _used + size + 256));
+        char* at = _out.data() + _used;
+        _used += size;
+        return at;
     }
 
-    void appendNumber(std::uint64_t value, std::size_t size)
+    static void putNumber(char* at, std::uint64_t value, std::size_t size)
     {
-        for (std::size_t i = size; i-- > 0;)
-            _out.push_back(static_cast<char>((value >> (8 * i)) & 0xFF));
+        for (std::size_t i = size; i-- > 0; value >>= 8)
+            at[i] = static_cast<char>(value & 0xFF);
     }
+
+    void appendNumber(std::uint64_t value, std::size_t size) { putNumber(grow(size), value, size); }
 
     void appendHeader(unsigned type, std::uint64_t length)
     {
         if (length < 15) {
-            _out.push_back(static_cast<char>(type << 4 | length));
+            *grow(1) = static_cast<char>(type << 4 | length);
             return;
         }
-        _out.push_back(static_cast<char>(type << 4 | 0x0F));
         std::uint8_t size = sizeFor(length);
-        _out.push_back(static_cast<char>(0x10 | std::countr_zero(size)));
-        appendNumber(length, size);
+        char* at = grow(2 + size);
+        at[0] = static_cast<char>(type << 4 | 0x0F);
+        at[1] = static_cast<char>(0x10 | std::countr_zero(size));
+        putNumber(at + 2, length, size);
     }
 
     std::uint64_t begin()
     {
-        _offsets.push_back(_out.size());
+        _offsets.push_back(_used);
         return _offsets.size() - 1;
     }
 
     std::uint64_t emitString(std::string_view text)
     {
         std::uint64_t index = begin();
-        bool ascii = true;
-        for (char c : text)
-            if (static_cast<std::uint8_t>(c) >= 0x80) {
-                ascii = false;
-                break;
-            }
-        if (ascii) {
+        if (isAscii(text)) {
             appendHeader(0x5, text.size());
-            _out.append(text);
+            std::memcpy(grow(text.size()), text.data(), text.size());
             return index;
         }
         std::vector<std::uint16_t> units;
@@ -423,8 +499,11 @@ private:
             }
         }
         appendHeader(0x6, units.size());
-        for (std::uint16_t unit : units)
-            appendNumber(unit, 2);
+        char* at = grow(2 * units.size());
+        for (std::uint16_t unit : units) {
+            putNumber(at, unit, 2);
+            at += 2;
+        }
         return index;
     }
 
@@ -433,32 +512,40 @@ private:
         using Kind = PlistValue::Kind;
         switch (value.kind()) {
         case Kind::Array: {
-            std::vector<std::uint64_t> refs;
-            refs.reserve(value.arrayValue().size());
-            for (const PlistValue& item : value.arrayValue())
-                if (writable(item))
-                    refs.push_back(emit(item));
+            const PlistArray& items = value.arrayValue();
             std::uint64_t index = begin();
-            appendHeader(0xA, refs.size());
-            for (std::uint64_t ref : refs)
-                appendNumber(ref, _refSize);
+            std::size_t length = 0;
+            for (const PlistValue& item : items)
+                length += writable(item);
+            std::size_t first = _refs.size();
+            _refs.resize(first + length);
+            std::size_t at = first;
+            for (const PlistValue& item : items)
+                if (writable(item)) {
+                    std::uint64_t ref = emit(item);  // may grow _refs: written by position
+                    _refs[at++] = ref;
+                }
+            _containers.push_back({index, 0xA, length, first});
             return index;
         }
         case Kind::Dictionary: {
-            std::vector<std::uint64_t> keys, values;
-            keys.reserve(value.dictionaryValue().size());
-            values.reserve(value.dictionaryValue().size());
-            for (const auto& [key, item] : value.dictionaryValue())
-                if (writable(item)) {
-                    keys.push_back(emitString(key));
-                    values.push_back(emit(item));
-                }
+            const PlistDictionary& items = value.dictionaryValue();
             std::uint64_t index = begin();
-            appendHeader(0xD, keys.size());
-            for (std::uint64_t ref : keys)
-                appendNumber(ref, _refSize);
-            for (std::uint64_t ref : values)
-                appendNumber(ref, _refSize);
+            std::size_t length = 0;
+            for (const auto& [key, item] : items)
+                length += writable(item);
+            std::size_t first = _refs.size();
+            _refs.resize(first + 2 * length);
+            std::size_t at = first;
+            for (const auto& [key, item] : items)
+                if (writable(item))
+                    _refs[at++] = emitString(key);
+            for (const auto& [key, item] : items)
+                if (writable(item)) {
+                    std::uint64_t ref = emit(item);
+                    _refs[at++] = ref;
+                }
+            _containers.push_back({index, 0xD, length, first});
             return index;
         }
         case Kind::String: return emitString(value.stringValue());
@@ -466,54 +553,65 @@ private:
         }
         std::uint64_t index = begin();
         switch (value.kind()) {
-        case Kind::Boolean: _out.push_back(value.boolValue() ? '\x09' : '\x08'); break;
+        case Kind::Boolean: *grow(1) = value.boolValue() ? '\x09' : '\x08'; break;
         case Kind::Integer: {
             std::uint64_t bits = value.unsignedBits();
             if (value.isLargeUnsigned()) {
-                _out.push_back('\x14');
-                appendNumber(0, 8);
-                appendNumber(bits, 8);
+                char* at = grow(17);
+                at[0] = '\x14';
+                putNumber(at + 1, 0, 8);
+                putNumber(at + 9, bits, 8);
             } else if (static_cast<std::int64_t>(bits) < 0 || bits > 0xFFFFFFFF) {
-                _out.push_back('\x13');
-                appendNumber(bits, 8);
+                char* at = grow(9);
+                at[0] = '\x13';
+                putNumber(at + 1, bits, 8);
             } else {
                 std::uint8_t size = sizeFor(bits);
-                _out.push_back(static_cast<char>(0x10 | std::countr_zero(size)));
-                appendNumber(bits, size);
+                char* at = grow(1 + size);
+                at[0] = static_cast<char>(0x10 | std::countr_zero(size));
+                putNumber(at + 1, bits, size);
             }
             break;
         }
-        case Kind::Real:
-            _out.push_back('\x23');
-            appendNumber(std::bit_cast<std::uint64_t>(value.doubleValue()), 8);
+        case Kind::Real: {
+            char* at = grow(9);
+            at[0] = '\x23';
+            putNumber(at + 1, std::bit_cast<std::uint64_t>(value.doubleValue()), 8);
             break;
-        case Kind::Date:
-            _out.push_back('\x33');
-            appendNumber(std::bit_cast<std::uint64_t>(value.dateValue()->secondsSinceReferenceDate), 8);
+        }
+        case Kind::Date: {
+            char* at = grow(9);
+            at[0] = '\x33';
+            putNumber(at + 1, std::bit_cast<std::uint64_t>(value.dateValue()->secondsSinceReferenceDate), 8);
             break;
+        }
         case Kind::Data: {
             const auto& bytes = value.dataValue()->bytes;
             appendHeader(0x4, bytes.size());
-            _out.append(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+            if (!bytes.empty())
+                std::memcpy(grow(bytes.size()), bytes.data(), bytes.size());
             break;
         }
         case Kind::UID: {
             std::uint64_t uid = value.uidValue()->value;
             std::uint8_t size = sizeFor(uid);
-            _out.push_back(static_cast<char>(0x80 | (size - 1)));
-            appendNumber(uid, size);
+            char* at = grow(1 + size);
+            at[0] = static_cast<char>(0x80 | (size - 1));
+            putNumber(at + 1, uid, size);
             break;
         }
         default:  // nil and classes never reach here (the top level is a dictionary then)
-            _out.push_back('\xD0');
+            *grow(1) = '\xD0';
             break;
         }
         return index;
     }
 
     std::string _out;
+    std::size_t _used = 0;
     std::vector<std::uint64_t> _offsets;
-    std::uint8_t _refSize = 1;
+    std::vector<std::uint64_t> _refs;
+    std::vector<Container> _containers;
 };
 
 // ---------------------------------------------------------------------------------------------

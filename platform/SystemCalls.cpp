@@ -77,6 +77,11 @@ int rename(const char* from, const char* to)
     return faulted(Call::Rename) ? -1 : ::rename(from, to);
 }
 
+int link(const char* existing, const char* name)
+{
+    return faulted(Call::Link) ? -1 : ::link(existing, name);
+}
+
 int flock(int fd, int operation)
 {
     return faulted(Call::Lock) ? -1 : ::flock(fd, operation);

@@ -10,7 +10,7 @@
 namespace SystemCalls {
 
 /// The calls a fault can be injected into.
-enum class Call { Open, Read, Write, Fsync, DirectoryFsync, Close, Rename, Lock, CreateTemporary };
+enum class Call { Open, Read, Write, Fsync, DirectoryFsync, Close, Rename, Link, Lock, CreateTemporary };
 
 /// Called before each call with what it is; a non-zero result makes the call fail with that errno
 /// without running it. Tests only; an empty function (the default) injects nothing. Not
@@ -26,6 +26,8 @@ int fsync(int fd);
 int fsyncDirectory(int fd);
 int close(int fd);
 int rename(const char* from, const char* to);
+/// A second name (a hard link) for a file.
+int link(const char* existing, const char* name);
 int flock(int fd, int operation);
 /// mkostemp(pattern, O_CLOEXEC).
 int createTemporary(char* pattern);

@@ -81,6 +81,23 @@ const UNDER_PRESENTED = new Set(['/api/back', '/api/tap', '/api/open', '/api/cal
 
 const sessionEnded = (result) => result.status === 410 && result.data && result.data.session === 'unknown';
 
+/**
+ * Makes whole the rows of an answer that carries only the rows it changed ("rowsChanged": {base,
+ * rows: [[index, row], ...]}, as a pick in a long app list answers), from the rows drawn for the
+ * answer numbered base. False when this page drew another state: then the whole state is fetched.
+ */
+function wholeRows(state) {
+  const delta = state.page && state.page.rowsChanged;
+  if (!delta) return true;
+  const drawn = screen.state;
+  if (!drawn || drawn.answer !== delta.base || !drawn.page || !Array.isArray(drawn.page.rows)) return false;
+  const rows = drawn.page.rows.slice();
+  for (const [index, row] of delta.rows) rows[index] = row;
+  state.page.rows = rows;
+  delete state.page.rowsChanged;
+  return true;
+}
+
 /** Draws an answer {seq, missed, events, state} unless a later state was drawn already. */
 function apply(data) {
   if (!data || !data.state || data.state.answer < lastAnswer) return;
@@ -126,7 +143,9 @@ export function act(path, body, options = {}) {
       screen.modal.refused++;
       return { ok: false, status: 0, data: { error: 'something is presented over the page' }, refused: true };
     }
-    const query = new URLSearchParams({ since: String(screen.seq), ...(options.query || {}) });
+    // The state drawn: an answer may then carry only what changed in it.
+    const drawn = screen.state ? { drawn: String(screen.state.answer) } : {};
+    const query = new URLSearchParams({ since: String(screen.seq), ...drawn, ...(options.query || {}) });
     const result = await request('POST', `${path}?${query}`, body, options.contentType);
     if (sessionEnded(result)) {
       await restart('This tab\u2019s session had ended; it starts again on the root page.');
@@ -137,7 +156,7 @@ export function act(path, body, options = {}) {
     const errors = (data.events || []).filter((event) => event.event === 'error');
     for (const event of errors) if (event.write && !event.key && body && body.key) event.key = body.key;
     if (!result.ok && !options.quiet && !errors.length) notice(refusalMessage(path, body, data.error));
-    if (data.state) apply(data);
+    if (data.state && wholeRows(data.state)) apply(data);
     else await syncNow();
     return result;
   });

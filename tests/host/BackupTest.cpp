@@ -292,3 +292,24 @@ TEST(Backup, NewFilesFollowTheUmaskAndRewrittenFilesKeepTheirMode)
     ASSERT_EQ(test::runProgram(filled.rootArgs({"import", backup.string()})).status, 0);
     EXPECT_EQ(modeOf(domain), 0640u) << "a restored file keeps its mode";
 }
+
+TEST(Backup, ARestoreOverADamagedDomainFileKeepsItAside)
+{
+    FilledRoot filled;
+    test::TempDir io;
+    fs::path backup = io / "settings.plist";
+    ASSERT_EQ(test::runProgram(filled.rootArgs({"export", backup.string()})).status, 0);
+    fs::path domain = test::under(filled.root.path(), kPreferences + "com.veltram.nimbraprefs.batteryline.plist");
+    const std::string damaged = "<plist><dict><key>style</key>";
+    test::writeFile(domain, damaged);
+    auto restored = test::runProgram(filled.rootArgs({"import", backup.string()}));
+    ASSERT_EQ(restored.status, 0) << restored.errors;
+    auto values = PropertyListSerialization::propertyListWithData(test::readFile(domain));
+    ASSERT_TRUE(values);
+    EXPECT_EQ((*values)["style"].integerValue(), 3);
+    std::vector<std::string> kept;
+    for (auto& entry : fs::directory_iterator(domain.parent_path()))
+        if (entry.path().filename().string().starts_with("com.veltram.nimbraprefs.batteryline.plist.corrupt-"))
+            kept.push_back(test::readFile(entry.path()));
+    EXPECT_EQ(kept, std::vector<std::string>{damaged}) << "the damaged file is kept under its .corrupt- name";
+}

@@ -230,3 +230,47 @@ TEST(ServerSessions, APageBelowTheTopTakesAChangeOfItsOwnRow)
     ASSERT_EQ(a.post("/api/back").first, 200);
     EXPECT_FALSE(a.get("/api/state").second.contains("root")) << "the root page is the top";
 }
+
+TEST(ServerSessions, APickAnswersTheRowsItChangedInTheListThePageDrew)
+{
+    test::RunningServer server;
+    Tab tab{server, "tab-picker01"};
+    ASSERT_EQ(tab.post("/api/session", {{"id", tab.id}}).first, 200);
+    ASSERT_EQ(tab.post("/api/open", {{"class", "NIMBatteryLineVisibilityPrefsListController"}}).first, 200);
+    ASSERT_EQ(tab.post("/api/set", {{"key", "visibility"}, {"value", 2}}).first, 200);
+    ASSERT_EQ(tab.post("/api/set", {{"key", "enableBlackListedApps"}, {"value", true}}).first, 200);
+    auto [status, opened] = tab.post("/api/tap", {{"id", "topLevelChild8Child"}});
+    ASSERT_EQ(status, 200) << opened.dump();
+    Json drawn = opened["state"];
+    ASSERT_TRUE(drawn["picker"].is_object()) << "the app picker is on top";
+    Json rows = drawn["page"]["rows"];
+    ASSERT_GT(rows.size(), 3u);
+    std::size_t index = 0;
+    while (index < rows.size() && !rows[index]["properties"].contains("bundleIdentifier"))
+        ++index;
+    ASSERT_LT(index, rows.size());
+    std::string app = rows[index]["properties"]["bundleIdentifier"];
+
+    // The page drew that state: the answer holds the one row the pick changed.
+    auto [picked, delta] = tab.post("/api/pick?drawn=" + drawn["answer"].dump(), {{"bundleIDs", {app}}});
+    ASSERT_EQ(picked, 200) << delta.dump();
+    EXPECT_FALSE(delta["state"]["page"].contains("rows")) << "not the whole list";
+    Json changed = delta["state"]["page"]["rowsChanged"];
+    EXPECT_EQ(changed["base"], drawn["answer"]);
+    ASSERT_EQ(changed["rows"].size(), 1u) << changed.dump();
+    EXPECT_EQ(changed["rows"][0][0], index);
+    EXPECT_EQ(changed["rows"][0][1]["value"], true);
+    // Applied to the rows drawn, the change gives the session's rows.
+    rows[index] = changed["rows"][0][1];
+    EXPECT_EQ(rows, tab.get("/api/state").second["page"]["rows"]);
+
+    // A page that drew another state (or does not say) gets the whole list.
+    auto [again, whole] = tab.post("/api/pick?drawn=" + drawn["answer"].dump(), {{"bundleIDs", {app}}});
+    ASSERT_EQ(again, 200);
+    EXPECT_FALSE(whole["state"]["page"].contains("rowsChanged"));
+    EXPECT_EQ(whole["state"]["page"]["rows"].size(), rows.size());
+    EXPECT_EQ(whole["state"]["page"]["rows"][index]["value"], false);
+    auto [plain, full] = tab.post("/api/pick", {{"bundleIDs", {app}}});
+    ASSERT_EQ(plain, 200);
+    EXPECT_EQ(full["state"]["page"]["rows"].size(), rows.size());
+}

@@ -199,3 +199,49 @@ TEST(InterruptedRestore, AnyFailingCallLeavesTheOldSetOrTheNewSet)
     }
     EXPECT_GT(disk, kFaultDomains * 4) << "every staged file's write was made to fail";
 }
+
+TEST(InterruptedRestore, ADamagedDomainFileIsKeptWhetherTheRestoreStandsOrNot)
+{
+    // Domain 0 is damaged: a restore that stands has kept it under its ".corrupt-" name (as a value
+    // write would have moved it aside); one that was undone has left it in place, with no second name.
+    test::TempDir root;
+    Process process{{.root = root.path()}};
+    SettingsBackup backup = SettingsBackup::fromData(newSetBackup(kFaultDomains));
+    const std::string damaged = "bplist00 but not really";
+    fs::path first = test::under(root.path(), kPreferences + domainName(0) + ".plist");
+    auto kept = [&] {
+        std::vector<std::string> names;
+        for (auto& entry : fs::directory_iterator(first.parent_path()))
+            if (entry.path().filename().string().starts_with(first.filename().string() + ".corrupt-"))
+                names.push_back(test::readFile(entry.path()));
+        return names;
+    };
+    int stood = 0, undone = 0;
+    for (std::size_t failing = 1;; ++failing) {
+        for (auto& entry : fs::directory_iterator(first.parent_path()))
+            fs::remove(entry.path());
+        writeOldSet(root.path(), kFaultDomains);
+        test::writeFile(first, damaged);
+        std::size_t calls = 0;
+        SystemCalls::injectFaults([&](SystemCalls::Call) { return ++calls == failing ? EIO : 0; });
+        try {
+            backup.restore();
+        } catch (const BackupError&) {
+        }
+        SystemCalls::injectFaults({});
+        SettingsBackup::finishInterruptedRestore();
+        ASSERT_EQ(leftovers(root.path()), std::vector<std::string>{}) << "call " << failing;
+        if (test::readFile(first) == damaged) {
+            EXPECT_EQ(kept(), std::vector<std::string>{}) << "call " << failing << ": an undone restore leaves no second name";
+            ++undone;
+        } else {
+            ASSERT_EQ(whichSet(root.path(), kFaultDomains), "new") << "call " << failing;
+            EXPECT_EQ(kept(), std::vector<std::string>{damaged}) << "call " << failing;
+            ++stood;
+        }
+        if (calls < failing)
+            break;
+    }
+    EXPECT_GT(undone, 0);
+    EXPECT_GT(stood, 1);
+}
