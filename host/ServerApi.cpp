@@ -142,8 +142,8 @@ WebServer::Impl::Json WebServer::Impl::stateOf(ServerSession& tab)
 {
     Json state = tab.state();
     state["answer"] = ++_answers;
-    bool picker = state["picker"].is_object() && state["page"].is_object();
-    tab.sentRows = {state["answer"].get<std::uint64_t>(), picker ? rowsFingerprint(state["page"]["rows"]) : 0};
+    if (state["picker"].is_object() && state["page"].is_object())
+        tab.sentPickerRows(state["answer"].get<std::uint64_t>(), rowsFingerprint(state["page"]["rows"]));
     return state;
 }
 
@@ -394,9 +394,9 @@ void WebServer::Impl::apiRoutes()
                         throw CommandError("\"bundleIDs\" must be an array of bundle identifiers");
                     list.push_back(identifier.get<std::string>());
                 }
-                if (drawn && *drawn == tab.sentRows.answer && tab.sentRows.fingerprint != 0) {
+                if (std::size_t sent = drawn ? tab.sentPickerRows(*drawn) : 0) {
                     Json state = tab.state();
-                    if (state["page"].is_object() && rowsFingerprint(state["page"]["rows"]) == tab.sentRows.fingerprint)
+                    if (state["page"].is_object() && rowsFingerprint(state["page"]["rows"]) == sent)
                         before = std::move(state["page"]["rows"]);
                 }
                 tab.session().pick(list);

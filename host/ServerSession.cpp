@@ -131,3 +131,18 @@ void ServerSession::setAnswered(const std::string& client, std::uint64_t sequenc
     if (_answered.size() > kAnsweredClients)
         _answered.erase(_answered.begin());
 }
+
+void ServerSession::sentPickerRows(std::uint64_t answer, std::size_t fingerprint)
+{
+    _sentRows.push_back({answer, fingerprint});
+    if (_sentRows.size() > kSentRows)
+        _sentRows.pop_front();
+}
+
+std::size_t ServerSession::sentPickerRows(std::uint64_t answer) const
+{
+    for (auto& sent : _sentRows)
+        if (sent.answer == answer)
+            return sent.fingerprint;
+    return 0;
+}

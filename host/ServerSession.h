@@ -69,13 +69,17 @@ public:
     /// nothing when every write of those events was stored.
     std::optional<std::string> failedWriteSince(std::uint64_t since) const;
 
-    /// The last state sent to a page: its answer number, and a fingerprint of its rows when it
-    /// showed an app picker (0 otherwise), so that a pick can answer the rows it changed only.
+    /// The last states sent showing an app picker: each one's answer number and a fingerprint of
+    /// its rows, so that a pick can answer only the rows it changed in the rows a page drew (a page
+    /// may not draw every state sent to it: a state that brings it nothing new is not drawn).
     struct SentRows {
         std::uint64_t answer = 0;
         std::size_t fingerprint = 0;
     };
-    SentRows sentRows;
+    static constexpr std::size_t kSentRows = 8;
+    void sentPickerRows(std::uint64_t answer, std::size_t fingerprint);
+    /// The fingerprint of the rows sent with answer; 0 when they are not among the last kept.
+    std::size_t sentPickerRows(std::uint64_t answer) const;
 
     /// When a request last named the session.
     std::chrono::steady_clock::time_point lastUsed() const { return _lastUsed.load(); }
@@ -94,5 +98,6 @@ private:
     std::vector<std::pair<std::string, std::uint64_t>> _answered;
     std::map<const void*, std::pair<std::weak_ptr<const void>, std::uint64_t>> _identities;
     std::uint64_t _nextIdentity = 0;
+    std::deque<SentRows> _sentRows;
     std::atomic<std::chrono::steady_clock::time_point> _lastUsed = std::chrono::steady_clock::now();
 };

@@ -68,7 +68,7 @@ test('an app is picked from the app list, found by name or bundle identifier', a
     await safari.click();
     const answer = await (await answered).json();
     assert.equal(answer.state.page.rows, undefined, 'the pick does not answer the whole list');
-    assert.deepEqual(answer.state.page.rowsChanged.rows.map(([, row]) => [row.id, row.value]), [['com.apple.mobilesafari', true]],
+    assert.deepEqual(answer.state.page.rowsChanged.rows.map(([, row]) => [row.properties.bundleIdentifier, row.value]), [['com.apple.mobilesafari', true]],
       'the pick answers the row it changed');
     const picked = await waitForState(server, (s) => rowOf(s, { id: 'com.apple.mobilesafari' })?.value === true);
     assert.equal(rowOf(picked, { id: 'com.apple.mobilesafari' }).value, true);

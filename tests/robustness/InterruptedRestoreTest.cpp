@@ -217,6 +217,7 @@ TEST(InterruptedRestore, ADamagedDomainFileIsKeptWhetherTheRestoreStandsOrNot)
         return names;
     };
     int stood = 0, undone = 0;
+    fs::create_directories(first.parent_path());
     for (std::size_t failing = 1;; ++failing) {
         for (auto& entry : fs::directory_iterator(first.parent_path()))
             fs::remove(entry.path());
