@@ -15,6 +15,20 @@ namespace fs = std::filesystem;
 
 namespace test {
 
+// The only file that knows where the source tree and the build are: the other test files compile
+// the same in every clone, so a compiler cache shares them between clones.
+const std::string& resourcesDir()
+{
+    static const std::string path = NIMBRA_RESOURCES_DIR;
+    return path;
+}
+
+const std::string& prefsExe()
+{
+    static const std::string path = NIMBRA_PREFS_EXE;
+    return path;
+}
+
 TempDir::TempDir()
     : TempDir(fs::temp_directory_path())
 {
@@ -68,7 +82,7 @@ SessionOnFreshRoot::SessionOnFreshRoot(Session::Options options)
 {
     options.root = root.path();
     if (options.resources.empty())
-        options.resources = NIMBRA_RESOURCES_DIR;
+        options.resources = resourcesDir();
     session = std::make_unique<Session>(options);
 }
 
@@ -109,7 +123,7 @@ ProgramRun runProgram(const std::vector<std::string>& arguments, const std::stri
         ::dup2(inFd, 0);
         ::dup2(out, 1);
         ::dup2(err, 2);
-        std::vector<std::string> args{NIMBRA_PREFS_EXE};
+        std::vector<std::string> args{prefsExe()};
         args.insert(args.end(), arguments.begin(), arguments.end());
         std::vector<char*> argv;
         for (auto& a : args)
