@@ -25,8 +25,13 @@ Every figure is the median of interleaved rounds (this machine's cores are share
   (p99) against 32 x the p50 of one client; `serve`'s resident size with 32 sessions against after
   start; `script` after 10,000 reloads whose events nobody reads against the same with `events`
   read; the app picker's `rows` with 3,000 apps all chosen against none chosen.
+- the page application in headless Chromium (browser_rows below), when Chromium, node and
+  playwright-core are there (else the rows say why they were skipped): the first screen of a fresh
+  tab against the same page without its module preload links, and a switch tap from the click to
+  the frame painted with its answer against one frame of a 60 Hz display.
 
---quick takes 1,000 instead of 10,000 for the memory figures and leaves out the 100,000-file tree.
+--quick takes 1,000 instead of 10,000 for the memory figures, leaves out the 100,000-file tree and
+takes fewer browser runs. --only storage or --only browser measures only those rows.
 """
 
 import argparse
@@ -554,12 +559,70 @@ def host_rows(m, memory, many):
     return rows
 
 
+CHROMIUM = Path(os.environ.get("NIMBRA_CHROMIUM", "/usr/bin/chromium"))
+FRAME_MS = 1000 / 60
+
+
+def browser_missing():
+    """Why the browser rows cannot be measured on this machine, or None."""
+    if not CHROMIUM.exists():
+        return f"no Chromium at {CHROMIUM}"
+    if not shutil.which("node"):
+        return "no node"
+    if not (SOURCE / "node_modules" / "playwright-core").is_dir():
+        return "no playwright-core (bash scripts/bootstrap.sh)"
+    return None
+
+
+def browser_bench(exe, script, count):
+    """The raw times of a browser benchmark of bench/ (its --json line)."""
+    done = subprocess.run(["node", str(SOURCE / "bench" / script), str(count), "--json"], cwd=SOURCE,
+                          env={**os.environ, "NIMBRA_PREFS_EXE": str(exe)}, capture_output=True, text=True)
+    if done.returncode != 0:
+        sys.exit(f"bench/{script} failed: {done.stdout}{done.stderr}")
+    return json.loads(done.stdout.strip().splitlines()[-1])
+
+
+def browser_rows(exe, quick):
+    """The page application in headless Chromium at 1440 x 900, each benchmark interleaving its own
+    runs: a fresh tab's first screen (bench/first-screen.mjs) and a switch tap (bench/switch-tap.mjs)."""
+    missing = browser_missing()
+    if missing:
+        return [("browser rows", "skipped", missing, None, "")]
+    first = browser_bench(exe, "first-screen.mjs", 10 if quick else 25)
+    tap = browser_bench(exe, "switch-tap.mjs", 60 if quick else 200)
+    ms = lambda value: f"{value:,.1f} ms"
+    at = lambda values, fraction: percentile(sorted(values), fraction)
+    fresh, chains, taps = first["fresh"], first["chains"], tap["times"]
+    return [
+        ("first screen, fresh tab, median", ms(at(fresh, 0.5)), "no preload links " + ms(at(chains, 0.5)),
+         at(fresh, 0.5) / at(chains, 0.5), "<= 300 ms"),
+        ("first screen, fresh tab, p95", ms(at(fresh, 0.95)), "no preload links " + ms(at(chains, 0.95)),
+         at(fresh, 0.95) / at(chains, 0.95), ""),
+        ("first screen, the tab reloaded, median", ms(at(first["reload"], 0.5)),
+         f"{first['notModified']} of {first['reloadRequests']} requests 304", None, ""),
+        ("switch tap, click to painted, median", ms(at(taps, 0.5)), f"a 60 Hz frame {ms(FRAME_MS)}",
+         at(taps, 0.5) / FRAME_MS, ""),
+        ("switch tap, click to painted, p95", ms(at(taps, 0.95)), f"a 60 Hz frame {ms(FRAME_MS)}",
+         at(taps, 0.95) / FRAME_MS, "<= 16 ms"),
+        ("switch tap, the session's answer, p95", ms(at(tap["answers"], 0.95)),
+         "server alone p95 " + ms(at(tap["server"], 0.95)), None, ""),
+    ]
+
+
+def print_rows(rounds, rows):
+    print(f"medians of {rounds} interleaved rounds; tmpfs at {TMPFS}")
+    for what, ours, peer, ratio, target in rows:
+        ratio_text = f"{ratio:5.2f}x" if ratio is not None else "      "
+        print(f"{what:38} {ours:>14}  {peer:32} {ratio_text}  {target}")
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--build", default=str(SOURCE / "build"))
     parser.add_argument("--rounds", type=int, default=5)
     parser.add_argument("--quick", action="store_true")
-    parser.add_argument("--only", choices=["storage"], help="measure only these rows")
+    parser.add_argument("--only", choices=["storage", "browser"], help="measure only these rows")
     parser.add_argument("--hosts", action="store_true", help="only the hosts' rows")
     args = parser.parse_args()
     build = Path(args.build)
@@ -569,10 +632,10 @@ def main():
     definition = LARGEST_FILE.read_bytes()
 
     if args.only == "storage":
-        print(f"medians of {args.rounds} interleaved rounds; tmpfs at {TMPFS}")
-        for what, ours, peer, ratio, target in storage_rows(exe, args.rounds, args.quick):
-            ratio_text = f"{ratio:5.2f}x" if ratio is not None else "      "
-            print(f"{what:38} {ours:>14}  {peer:32} {ratio_text}  {target}")
+        print_rows(args.rounds, storage_rows(exe, args.rounds, args.quick))
+        return
+    if args.only == "browser":
+        print_rows(args.rounds, browser_rows(exe, args.quick))
         return
 
     figures = {}
@@ -585,10 +648,7 @@ def main():
         m = {name: statistics.median(values) for name, values in figures.items()}
         memory = {f"reload{many}": peak_memory(exe, "reload\nevents\n", many),
                   f"unread{many}": peak_memory(exe, "reload\n", many)}
-        print(f"medians of {args.rounds} interleaved rounds; tmpfs at {TMPFS}")
-        for what, ours, peer, ratio, target in host_rows(m, memory, many):
-            ratio_text = f"{ratio:5.2f}x" if ratio is not None else "      "
-            print(f"{what:38} {ours:>14}  {peer:32} {ratio_text}  {target}")
+        print_rows(args.rounds, host_rows(m, memory, many))
         return
 
     for _ in range(args.rounds):
@@ -647,10 +707,8 @@ def main():
     ]
     rows += storage_rows(exe, args.rounds, args.quick)
     rows += host_rows(m, memory, many)
-    print(f"medians of {args.rounds} interleaved rounds; tmpfs at {TMPFS}")
-    for what, ours, peer, ratio, target in rows:
-        ratio_text = f"{ratio:5.2f}x" if ratio is not None else "      "
-        print(f"{what:38} {ours:>14}  {peer:32} {ratio_text}  {target}")
+    rows += browser_rows(exe, args.quick)
+    print_rows(args.rounds, rows)
 
 
 if __name__ == "__main__":

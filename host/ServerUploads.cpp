@@ -1,6 +1,7 @@
 // What the browser sends `serve` as bytes: a picture for the image picker, a backup to restore;
 // and the backup it downloads.
 
+#include "host/ChangeWords.h"
 #include "host/ServerImpl.h"
 #include "host/SettingsBackup.h"
 #include "platform/UIImage.h"
@@ -37,7 +38,7 @@ void WebServer::Impl::uploadRoutes()
     });
 
     // GET /api/backup downloads a backup of everything stored; POST /api/restore with a backup's
-    // bytes lists what it would change (?dryRun=1) or restores it, after which the tab's session
+    // bytes lists what it would change (?dryRun=1), in the words of the pages, or restores it, after which the tab's session
     // opens afresh on the root page, as after a respring.
     http.get("/api/backup", [this](const HttpRequest& req, HttpResponse& res) {
         try {
@@ -56,7 +57,7 @@ void WebServer::Impl::uploadRoutes()
         command(req, res, [&](ServerSession& tab) {
             SettingsBackup backup = SettingsBackup::fromData(req.body);
             if (req.has_param("dryRun") && req.get_param_value("dryRun") != "0")
-                return Json{{"changes", backup.changes()}};
+                return Json{{"changes", ChangeWords(searchIndex(), _resources).describeAll(backup.changes())}};
             backup.restore();
             tab.session().relaunch();
             return Json{{"restored", {{"domains", backup.domains().size()}, {"pictures", backup.pictures().size()}}}};

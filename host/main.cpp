@@ -1,6 +1,7 @@
 // nimbra-prefs: the NimbraPrefs settings bundle on a desktop.
 
 #include "frame/NIMPageCatalog.h"
+#include "host/ChangeWords.h"
 #include "host/HostOptions.h"
 #include "host/Lint.h"
 #include "host/ScriptRunner.h"
@@ -46,7 +47,8 @@ Commands:
                  picture to FILE (default: standard output)
   import [--dry-run] FILE
                  restore a backup: checks all of it first and writes nothing if any part
-                 is bad; --dry-run only lists what would change (domain, key, old, new)
+                 is bad; --dry-run only lists what would change (domain, key, old, new,
+                 and the page, setting and values a person reads)
   search WORDS...
                  find settings on every page by the words shown (labels, headers, footers,
                  value titles, subtitles); one JSON object per result, best first
@@ -199,7 +201,9 @@ int importBackup(const Arguments& arguments, const char* argv0)
     try {
         SettingsBackup backup = SettingsBackup::fromFile(*file);
         if (dryRun) {
-            for (auto& change : backup.changes())
+            SearchIndex index(resolveResources(argv0));
+            ChangeWords words(index, resolveResources(argv0));
+            for (auto& change : words.describeAll(backup.changes()))
                 std::cout << jsonLine(change) << '\n';
             return 0;
         }

@@ -9,11 +9,38 @@ import { notice, toast } from './messages.js';
 import { screen } from './screen.js';
 import { closeSheet, sheet } from './sheets.js';
 
-/** One line of the dry run: "domain  key: old → new". */
-function describe(change) {
-  const text = (value) => (value === null || value === undefined ? '(none)' : JSON.stringify(value));
-  if (change.picture) return `${change.picture}: ${change.old === null ? 'new picture' : 'replaced'} (${change.new} bytes)`;
-  return `${change.domain}  ${change.key}: ${text(change.old)} \u2192 ${text(change.new)}`;
+/**
+ * The dry run's changes as the pages show them: one group per page (its path, "Home Screen › Dock"),
+ * each change a row of its setting and its values ("Style", "Default → Floating"). A value no page
+ * shows sits under its group's settings with what happens to it ("dockLegacyKey added").
+ */
+function changeList(changes) {
+  const box = el('div', 'restore-groups');
+  const lists = new Map();
+  for (const change of changes) {
+    let list = lists.get(change.where);
+    if (!list) {
+      box.append(el('h3', 'restore-where', change.where));
+      list = el('ul', 'restore-changes');
+      box.append(list);
+      lists.set(change.where, list);
+    }
+    const item = el('li', 'restore-change');
+    // A value no page shows is named by its key, with what happens to it.
+    item.append(el('span', 'restore-setting', change.setting || change.key));
+    const values = el('span', 'restore-values');
+    if (!change.setting && !change.picture) {
+      values.textContent = change.old === null ? 'Added' : change.new === null ? 'Removed' : 'Changed';
+    } else if (change.from === change.to) {
+      values.textContent = `stays ${change.to}`;
+    } else {
+      values.append(el('span', 'restore-from', change.from), ' \u2192 ', el('span', 'restore-to', change.to));
+    }
+    item.append(values);
+    item.setAttribute('aria-label', change.text);
+    list.append(item);
+  }
+  return box;
 }
 
 /** Why the server refused a backup, as part of a sentence. */
@@ -50,12 +77,10 @@ async function review(file) {
     },
   });
   body.classList.add('restore-review');
-  const card = el('div', 'card');
-  card.append(el('div', '', changes.length ? `${changes.length} change${changes.length === 1 ? '' : 's'}:` : 'The backup holds what is stored now.'));
-  const list = el('ul', 'restore-changes');
-  for (const change of changes) list.append(el('li', '', describe(change)));
-  card.append(list);
-  body.append(card);
+  body.append(el('p', 'restore-summary', changes.length
+    ? `Restoring this backup changes ${changes.length} setting${changes.length === 1 ? '' : 's'}:`
+    : 'The backup holds what is stored now: restoring it changes nothing.'));
+  if (changes.length) body.append(changeList(changes));
 }
 
 export function setupBackup() {

@@ -205,6 +205,10 @@ function setBackTitle(title) {
 
 /** The back button (closing a list chooser first) and the page's bar button. */
 export function setupNavigation() {
+  // A chooser opened or closed over the page changes the bar at once: its title, and Back.
+  window.addEventListener('nimbra:sublist', () => {
+    if (screen.state) renderNavigation(screen.state, { titleDuration: 0 });
+  });
   $('#nav-back').addEventListener('click', () => goBack());
   $('#nav-right').addEventListener('click', () => act('/api/button'));
 }

@@ -1,10 +1,10 @@
 // The chooser of a list row (PSListItemsController): the row's valid values, one checked, on a
-// page of its own over the row's page.
+// page of its own over the row's page. Opening or closing it is said to the window as the event
+// 'nimbra:sublist', which the navigation bar and the address follow.
 
 import { act } from './api.js';
 import { $, el, PUSH_ANIMATION, tappable } from './dom.js';
 import { focusPage, mayMoveFocus } from './focus.js';
-import { renderNavigation } from './navigation.js';
 import { screen } from './screen.js';
 import { sameValue } from './values.js';
 
@@ -85,10 +85,9 @@ export function openSublist(row, { animated = true } = {}) {
   $('#pages').append(view);
   if (animated) view.animate([{ transform: 'translateX(100%)' }, { transform: 'translateX(0)' }], PUSH_ANIMATION);
   screen.slides.push({ page: `choose:${p.key || ''}`, direction: 'push', animated });
-  renderNavigation(screen.state, { titleDuration: 0 });
+  window.dispatchEvent(new Event('nimbra:sublist'));
   // A deep link opened in a fresh tab leaves focus where a page load leaves it.
   if (chosen && animated && mayMoveFocus()) chosen.node.focus({ preventScroll: true });
-  window.dispatchEvent(new Event('nimbra:sublist'));
 }
 
 /**
@@ -112,6 +111,5 @@ export function closeSublist(immediately) {
       .animate([{ transform: 'translateX(0)' }, { transform: 'translateX(100%)' }], PUSH_ANIMATION)
       .finished.then(() => sublist.element.remove(), () => sublist.element.remove());
   }
-  if (screen.state) renderNavigation(screen.state, { titleDuration: 0 });
   window.dispatchEvent(new Event('nimbra:sublist'));
 }

@@ -101,10 +101,17 @@ TEST(Backup, RestoresEveryFileAfterAResetOfEverything)
     auto dry = test::runProgram(filled.rootArgs({"import", "--dry-run", backup.string()}));
     ASSERT_EQ(dry.status, 0) << dry.errors;
     auto changes = test::jsonLines(dry.output);
-    EXPECT_NE(std::find(changes.begin(), changes.end(),
-                        nlohmann::json{{"domain", "com.veltram.nimbraprefs.batteryline"}, {"key", "style"}, {"old", nullptr}, {"new", 3}}),
-              changes.end())
-        << dry.output;
+    // Each change says what it is, and what a person reads for it.
+    auto style = std::find_if(changes.begin(), changes.end(), [](const nlohmann::json& change) {
+        return change["domain"] == "com.veltram.nimbraprefs.batteryline" && change["key"] == "style";
+    });
+    ASSERT_NE(style, changes.end()) << dry.output;
+    EXPECT_EQ((*style)["old"], nullptr);
+    EXPECT_EQ((*style)["new"], 3);
+    EXPECT_EQ((*style)["where"], "Battery Line");
+    EXPECT_EQ((*style)["text"].get<std::string>().find("com.veltram"), std::string::npos) << dry.output;
+    for (auto& change : changes)
+        EXPECT_TRUE(change["text"].is_string()) << change;
     EXPECT_FALSE(fs::exists(test::under(filled.root.path(), kPreferences + "com.veltram.nimbraprefs.batteryline.colors.plist")));
 
     auto restored = test::runProgram(filled.rootArgs({"import", backup.string()}));
