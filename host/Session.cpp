@@ -508,7 +508,7 @@ Session::Json Session::state()
     }
     if (!page->specifiers().empty()) {
         if (auto header = page->headerViewForSpecifier(page->specifiers().front())) {
-            Json drawn{{"height", header->frame().height}};
+            Json drawn{{"width", header->frame().width}, {"height", header->frame().height}};
             for (auto& part : header->subviews())
                 if (auto image = std::dynamic_pointer_cast<UIImageView>(part))
                     drawn["image"] = {{"name", image->imageName}, {"height", image->frame().height}};
@@ -542,7 +542,8 @@ Session::Json Session::state()
                                 {"value", row->key().empty() ? Json(nullptr) : toJson(root->readPreferenceValue(row))},
                                 {"index", index++},
                                 {"detail", row->detailControllerClass() ? row->detailControllerClass()->name : std::string()},
-                                {"key", row->key()}});
+                                {"key", row->key()},
+                                {"icon", row->propertyForKey("icon").isString() ? row->propertyForKey("icon").stringValue() : std::string()}});
             }
             state["root"] = rows;
         }
