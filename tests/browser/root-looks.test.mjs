@@ -109,6 +109,11 @@ test('beside the sidebar, the root page shows the banner and what each group is 
   for (const group of footers) assert.ok(text.includes(group.properties.footerText), `"${group.properties.footerText}" is shown`);
   for (const label of ['CPU Info', 'Home Screen', 'Contact Support']) assert.ok(!text.includes(label), `${label} is not repeated`);
   assert.equal(await desktop.locator('.page.current .header-view img').isVisible(), true);
+  // The skip link still leads to the page: the next Tab starts there.
+  await desktop.keyboard.press('Tab');
+  assert.equal(await desktop.evaluate(() => document.activeElement.id), 'skip-link');
+  await desktop.keyboard.press('Enter');
+  await desktop.waitForFunction(() => document.activeElement === document.querySelector('.page.current'));
   await desktop.context().close();
 
   // The phone frame has no sidebar: its root page shows every row.
