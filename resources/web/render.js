@@ -17,6 +17,8 @@ const BACKGROUNDS = {
 };
 const darkQuery = matchMedia('(prefers-color-scheme: dark)');
 let shownAppearance = null;
+/** The scheme and the desktop's appearance last drawn: a redraw of the same is skipped. */
+let shownLook = null;
 
 /**
  * The page's colour scheme as CSS variables; what the scheme does not set is the platform's. A
@@ -24,6 +26,9 @@ let shownAppearance = null;
  * dark) is drawn in a lighter or darker variant of itself there.
  */
 function applyAppearance(appearance) {
+  const look = JSON.stringify([appearance || null, darkQuery.matches]);
+  if (look === shownLook) return;
+  shownLook = look;
   shownAppearance = appearance;
   const device = $('#device');
   const back = BACKGROUNDS[darkQuery.matches ? 'dark' : 'light'];

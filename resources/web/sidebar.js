@@ -53,14 +53,15 @@ function sidebarRows() {
 /** Redraws the sidebar's root rows from the root page's rows of state (or the last ones seen). */
 export function drawSidebar(state) {
   const rows = rowsOf(state);
+  const selectedClass = state && state.stack && state.stack[1] ? state.stack[1].class : '';
+  const signature = JSON.stringify([rows || rootRows, selectedClass]);
+  // Most answers (a switch on a page) leave the root's rows as they were: nothing to store or draw.
+  if (signature === drawn) return;
+  drawn = signature;
   if (rows) {
     rootRows = rows;
     sessionStorage.setItem(ROOT_KEY, JSON.stringify(rootRows));
   }
-  const selectedClass = state && state.stack && state.stack[1] ? state.stack[1].class : '';
-  const signature = JSON.stringify([rootRows, selectedClass]);
-  if (signature === drawn) return;
-  drawn = signature;
   const box = $('#sidebar-rows');
   // A redraw keeps the focused row focused.
   const focusedIndex = box.contains(document.activeElement) ? document.activeElement.dataset.index : null;

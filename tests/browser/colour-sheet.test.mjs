@@ -2,41 +2,29 @@
 // in view, and Enter in the hex field applies the colour without closing the editor.
 
 import assert from 'node:assert/strict';
-import { after, before, test } from 'node:test';
+import { test } from 'node:test';
 
-import { launchBrowser, runScript, screenshot, startServer, stored, tempRoot } from './helpers.mjs';
+import { DESKTOP, DOCK, enabledServer, HOME, openTab, ROOT, screenshot, stored, useBrowser, waitForStack } from './helpers.mjs';
 
-let browser;
-before(async () => {
-  browser = await launchBrowser();
-});
-after(async () => {
-  await browser?.close();
-});
+useBrowser({ serve: false });
 
 const SIZES = [
   ['800x500', { width: 800, height: 500 }, 'light'],
   ['390x844', { width: 390, height: 844 }, 'dark'],
-  ['1440x900', { width: 1440, height: 900 }, 'light'],
-  ['1440x900', { width: 1440, height: 900 }, 'dark'],
+  ['1440x900', DESKTOP, 'light'],
+  ['1440x900', DESKTOP, 'dark'],
 ];
 
 test('the colour sheet keeps one size, fits the window with Done in view; Enter in the hex field only applies', async () => {
-  const root = tempRoot();
-  runScript(root, [
+  const server = await enabledServer([
     'write com.veltram.nimbraprefs nimbraEnabled true',
     'write com.veltram.nimbraprefs.homescreen enabled true',
     'write com.veltram.nimbraprefs.homescreen dockBGColorMode 1',
   ]);
-  const server = await startServer({ root });
   try {
     for (const [name, viewport, colorScheme] of SIZES) {
-      const context = await browser.newContext({ viewport, colorScheme });
-      const page = await context.newPage();
-      const errors = [];
-      page.on('pageerror', (error) => errors.push(error.message));
-      await page.goto(`${server.url}#/HomeScreenRoot/HomeScreenDock`);
-      await page.waitForFunction(() => window.nimbra.addressOpened && window.nimbra.state.stack.length === 3);
+      const page = await openTab(server, { address: '#/HomeScreenRoot/HomeScreenDock', viewport, colorScheme });
+      await waitForStack(page, [ROOT, HOME, DOCK]);
       await page.locator('.page.current').getByRole('button', { name: 'Fill Color', exact: true }).click();
       const editor = page.getByRole('dialog', { name: 'Fill Color' });
       await editor.waitFor();
@@ -70,8 +58,8 @@ test('the colour sheet keeps one size, fits the window with Done in view; Enter 
       assert.equal(stored(server.root, 'com.veltram.nimbraprefs.homescreen.colors').dockBGColor, before, 'nothing stored before Done');
       await editor.getByRole('button', { name: 'Cancel' }).click();
       await editor.waitFor({ state: 'detached' });
-      assert.deepEqual(errors, []);
-      await context.close();
+      assert.deepEqual(page.scriptErrors, []);
+      await page.context().close();
     }
   } finally {
     await server.stop();

@@ -6,63 +6,14 @@
 import assert from 'node:assert/strict';
 import fs from 'node:fs';
 import path from 'node:path';
-import { after, before, test } from 'node:test';
+import { test } from 'node:test';
 
 import {
-  deviceFiles, hostPath, launchBrowser, PREFERENCES, runScript, screenshot, startServer, stored, tempRoot,
+  DESKTOP, deviceFiles, DOCK, enabledServer, HOME, hostPath, openTab, PHONE, PREFERENCES, ROOT, runScript, screenshot, stackOf, stored,
+  tempRoot, useBrowser, waitForStack,
 } from './helpers.mjs';
 
-let browser;
-before(async () => {
-  browser = await launchBrowser();
-});
-after(async () => {
-  await browser?.close();
-});
-
-const DESKTOP = { width: 1440, height: 900 };
-const PHONE = { width: 390, height: 844 };
-
-/** A server over a fresh root on which Nimbra, the Home Screen and Control Center groups are on. */
-async function enabledServer() {
-  const root = tempRoot();
-  runScript(root, [
-    'write com.veltram.nimbraprefs nimbraEnabled true',
-    'write com.veltram.nimbraprefs.homescreen enabled true',
-    'write com.veltram.nimbraprefs.controlcenter enabled true',
-  ]);
-  return startServer({ root });
-}
-
-/** A new tab in a context of its own (its own sessionStorage, so its own session). */
-async function openTab(server, { viewport = DESKTOP, address = '', acceptDownloads = false } = {}) {
-  const context = await browser.newContext({ viewport, acceptDownloads });
-  const page = await context.newPage();
-  page.scriptErrors = [];
-  page.on('pageerror', (error) => page.scriptErrors.push(error.message));
-  await page.goto(server.url + address);
-  await page.locator('.page.current').waitFor();
-  // The tab opens its address once it has drawn: only then is its stack the test's to move.
-  await page.waitForFunction(() => window.nimbra.addressOpened);
-  return page;
-}
-
-/** The tab's own view of its session: the classes of its stack. */
-function stackOf(page) {
-  return page.evaluate(() => window.nimbra.state.stack.map((entry) => entry.class));
-}
-
-async function waitForStack(page, classes) {
-  await page.waitForFunction(
-    (wanted) => JSON.stringify(window.nimbra.state && window.nimbra.state.stack.map((entry) => entry.class)) === JSON.stringify(wanted),
-    classes,
-  );
-  await page.waitForFunction(() => document.querySelector('.page.current').getAnimations().length === 0);
-}
-
-const ROOT = 'NIMRootListController';
-const HOME = 'NIMHomeScreenRootPrefsListController';
-const DOCK = 'NIMHomeScreenDockPrefsListController';
+useBrowser({ serve: false });
 
 test('a deep link opens every page of its path in a fresh tab; in-app Back walks back down', async () => {
   const server = await enabledServer();

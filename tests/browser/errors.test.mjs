@@ -5,34 +5,23 @@
 
 import assert from 'node:assert/strict';
 import fs from 'node:fs';
-import { after, before, test } from 'node:test';
+import { test } from 'node:test';
 
-import { hostPath, launchBrowser, runScript, screenshot, startServer, stored, tempRoot } from './helpers.mjs';
+import {
+  DOCK, enabledServer, HOME, hostPath, openTab, PHONE, ROOT, runScript, screenshot, startServer, stored, tempRoot, useBrowser,
+  waitForStack,
+} from './helpers.mjs';
 
-let browser;
-before(async () => {
-  browser = await launchBrowser();
-});
-after(async () => {
-  await browser?.close();
-});
+useBrowser({ serve: false });
 
-const DOCK = 'NIMHomeScreenDockPrefsListController';
 const DOMAIN = 'com.veltram.nimbraprefs.homescreen';
 const LOCKS = '/var/jb/var/mobile/Library/Caches/com.veltram.nimbraprefs.locks/';
 const PREFERENCES_FOLDER = '/var/jb/var/mobile/Library/Preferences';
 
-async function openTab(server, address, viewport = { width: 1440, height: 900 }) {
-  const context = await browser.newContext({ viewport });
-  const page = await context.newPage();
-  page.scriptErrors = [];
-  page.on('pageerror', (error) => page.scriptErrors.push(error.message));
-  // The page's timers run on a clock the test moves: a message that stays must outlast any timer.
-  await page.clock.install();
-  await page.goto(server.url + address);
-  await page.waitForFunction(() => window.nimbra.addressOpened);
-  await page.waitForFunction((cls) => window.nimbra.state && window.nimbra.state.page.page === cls, DOCK);
-  await page.waitForFunction(() => document.querySelector('.page.current').getAnimations().length === 0);
+/** A tab on the Dock page, its timers on a clock the test moves: a message that stays must outlast any timer. */
+async function openDock(server, viewport) {
+  const page = await openTab(server, { address: '#/HomeScreenRoot/HomeScreenDock', viewport, clock: true });
+  await waitForStack(page, [ROOT, HOME, DOCK]);
   return page;
 }
 
@@ -69,7 +58,7 @@ test('a refused write shows what is stored and says so in the user\'s words unti
   fs.mkdirSync(lock, { recursive: true });
   const server = await startServer({ root });
   try {
-    const page = await openTab(server, '#/HomeScreenRoot/HomeScreenDock');
+    const page = await openDock(server);
     await refusedSwitch(page, 'Hide Dock Background', true);
     await refusedSwitch(page, 'Custom Icon Scale', false);
     assert.equal(stored(root, DOMAIN).hideDockBG, true);
@@ -96,12 +85,10 @@ test('a refused write shows what is stored and says so in the user\'s words unti
 });
 
 test('with a file where the Preferences folder should be, a change is refused and the page says so', async () => {
-  const root = tempRoot();
-  runScript(root, ['write com.veltram.nimbraprefs nimbraEnabled true', `write ${DOMAIN} enabled true`]);
-  const server = await startServer({ root });
+  const server = await enabledServer(['write com.veltram.nimbraprefs nimbraEnabled true', `write ${DOMAIN} enabled true`]);
   try {
-    const page = await openTab(server, '#/HomeScreenRoot/HomeScreenDock', { width: 390, height: 844 });
-    const folder = hostPath(root, PREFERENCES_FOLDER);
+    const page = await openDock(server, PHONE);
+    const folder = hostPath(server.root, PREFERENCES_FOLDER);
     fs.renameSync(folder, `${folder}.away`);
     fs.writeFileSync(folder, 'not a folder');
     await refusedSwitch(page, 'Custom Corner Radius', false);

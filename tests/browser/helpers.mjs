@@ -175,6 +175,68 @@ export async function openApp(browser, server, { phone = false, ...options } = {
   return page;
 }
 
+/** The layouts the tests use: the desktop (sidebar beside the pages) and a phone. */
+export const DESKTOP = { width: 1440, height: 900 };
+export const PHONE = { width: 390, height: 844 };
+
+/** The page controllers the tests go through most. */
+export const ROOT = 'NIMRootListController';
+export const HOME = 'NIMHomeScreenRootPrefsListController';
+export const DOCK = 'NIMHomeScreenDockPrefsListController';
+
+/** The script lines that switch Nimbra on, and its Home Screen and Control Center groups. */
+export const ENABLED = [
+  'write com.veltram.nimbraprefs nimbraEnabled true',
+  'write com.veltram.nimbraprefs.homescreen enabled true',
+  'write com.veltram.nimbraprefs.controlcenter enabled true',
+];
+
+/** A server of its own over a fresh root on which these script lines ran first (default: ENABLED). */
+export function enabledServer(lines = ENABLED) {
+  const root = tempRoot();
+  runScript(root, lines);
+  return startServer({ root });
+}
+
+/**
+ * A new tab of the file's Chromium, in a browser context of its own (its own sessionStorage, so a
+ * session of its own), on the server's address, once it has drawn and opened its address; script
+ * errors are collected in page.scriptErrors. options: viewport (default DESKTOP), colorScheme,
+ * acceptDownloads; from: a page the tab shows before the app (so that leaving the app shows);
+ * clock: the page's timers run on a clock the test moves (Playwright's page.clock).
+ */
+export async function openTab(server, { address = '', viewport = DESKTOP, colorScheme, acceptDownloads, from, clock = false } = {}) {
+  const context = await browser.newContext({ viewport, colorScheme, acceptDownloads });
+  const page = await context.newPage();
+  page.scriptErrors = [];
+  page.on('pageerror', (error) => page.scriptErrors.push(error.message));
+  if (clock) await page.clock.install();
+  if (from) await page.goto(from);
+  await page.goto(server.url + address);
+  await page.locator('.page.current').waitFor();
+  // The tab opens its address once it has drawn: only then is its stack the test's to move.
+  await page.waitForFunction(() => window.nimbra.addressOpened);
+  return page;
+}
+
+/** The tab's own view of its session: the classes of its stack, bottom first. */
+export function stackOf(page) {
+  return page.evaluate(() => window.nimbra.state.stack.map((entry) => entry.class));
+}
+
+/** Waits until the tab shows the app with this stack (classes, bottom first) and its page has stopped sliding. */
+export function waitForStack(page, classes) {
+  return page.waitForFunction(
+    (wanted) => {
+      if (location.protocol !== 'http:' || !window.nimbra || !window.nimbra.state) return false;
+      if (JSON.stringify(window.nimbra.state.stack.map((entry) => entry.class)) !== JSON.stringify(wanted)) return false;
+      const shown = document.querySelector('.page.current');
+      return Boolean(shown) && shown.getAnimations().length === 0;
+    },
+    classes,
+  );
+}
+
 export async function screenshot(page, name) {
   fs.mkdirSync(screenshotDir, { recursive: true });
   const file = path.join(screenshotDir, `${name}.png`);

@@ -3,57 +3,18 @@
 // pages to go back to, and a deep link shows its page without sliding through the pages on its way.
 
 import assert from 'node:assert/strict';
-import { after, before, test } from 'node:test';
+import { test } from 'node:test';
 
-import { launchBrowser, runScript, screenshot, startServer, tempRoot } from './helpers.mjs';
+import { DOCK, enabledServer, HOME, openTab, ROOT, screenshot, useBrowser, waitForStack } from './helpers.mjs';
 
-let browser;
-before(async () => {
-  browser = await launchBrowser();
-});
-after(async () => {
-  await browser?.close();
-});
+useBrowser({ serve: false });
 
-const DESKTOP = { width: 1440, height: 900 };
-const ROOT = 'NIMRootListController';
-const HOME = 'NIMHomeScreenRootPrefsListController';
-const DOCK = 'NIMHomeScreenDockPrefsListController';
 const CC = 'NIMControlCenterRootPrefsListController';
 const SLIDERS = 'NIMControlCenterSlidersPrefsListController';
 const LOCK = 'NIMLockScreenRootPrefsListController';
 
-async function enabledServer() {
-  const root = tempRoot();
-  runScript(root, [
-    'write com.veltram.nimbraprefs nimbraEnabled true',
-    'write com.veltram.nimbraprefs.homescreen enabled true',
-    'write com.veltram.nimbraprefs.controlcenter enabled true',
-  ]);
-  return startServer({ root });
-}
-
 /** A tab of its own that was on another page before the app (so that leaving the app shows). */
-async function openTab(server, address = '') {
-  const context = await browser.newContext({ viewport: DESKTOP });
-  const page = await context.newPage();
-  page.scriptErrors = [];
-  page.on('pageerror', (error) => page.scriptErrors.push(error.message));
-  await page.goto('about:blank');
-  await page.goto(server.url + address);
-  await page.locator('.page.current').waitFor();
-  await page.waitForFunction(() => window.nimbra.addressOpened);
-  return page;
-}
-
-async function waitForStack(page, classes) {
-  await page.waitForFunction(
-    (wanted) => location.protocol === 'http:' && window.nimbra && window.nimbra.state &&
-      JSON.stringify(window.nimbra.state.stack.map((entry) => entry.class)) === JSON.stringify(wanted) &&
-      document.querySelector('.page.current').getAnimations().length === 0,
-    classes,
-  );
-}
+const openAfterAnotherPage = (server, address = '') => openTab(server, { address, from: 'about:blank' });
 
 /** The browser's Back (or Forward), then the stack it must show, still inside the app. */
 async function travel(page, server, direction, classes) {
@@ -66,7 +27,7 @@ async function travel(page, server, direction, classes) {
 test('a search result two levels deep is an entry per page: Back and Forward walk the pages, never out of the app', async () => {
   const server = await enabledServer();
   try {
-    const page = await openTab(server);
+    const page = await openAfterAnotherPage(server);
     await page.locator('#search').fill('show percentage');
     const result = page.locator('#search-results .search-result', { hasText: 'Control Center › Sliders' }).first();
     await result.click();
@@ -108,7 +69,7 @@ test('a search result two levels deep is an entry per page: Back and Forward wal
 test('a deep link shows its page at once; a jump slides only its last page', async () => {
   const server = await enabledServer();
   try {
-    const page = await openTab(server, '#/HomeScreenRoot/HomeScreenDock');
+    const page = await openAfterAnotherPage(server, '#/HomeScreenRoot/HomeScreenDock');
     await waitForStack(page, [ROOT, HOME, DOCK]);
     const slides = await page.evaluate(() => window.nimbra.slides);
     assert.deepEqual(slides.filter((slide) => slide.direction !== 'none').map((slide) => [slide.page, slide.animated]),

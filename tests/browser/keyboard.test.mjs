@@ -4,53 +4,16 @@
 // master switch.
 
 import assert from 'node:assert/strict';
-import { after, before, test } from 'node:test';
+import { test } from 'node:test';
 
-import { launchBrowser, runScript, screenshot, startServer, stored, tempRoot } from './helpers.mjs';
+import {
+  DESKTOP, DOCK, enabledServer, ENABLED, HOME, openTab, PHONE, ROOT, runScript, screenshot, stored, tempRoot, useBrowser,
+  waitForStack,
+} from './helpers.mjs';
 
-let browser;
-before(async () => {
-  browser = await launchBrowser();
-});
-after(async () => {
-  await browser?.close();
-});
+useBrowser({ serve: false });
 
-const DESKTOP = { width: 1440, height: 900 };
-const ROOT = 'NIMRootListController';
-const HOME = 'NIMHomeScreenRootPrefsListController';
-const DOCK = 'NIMHomeScreenDockPrefsListController';
 const SETTINGS = 'NIMNimbraSettingsPrefsListController';
-const ENABLED = [
-  'write com.veltram.nimbraprefs nimbraEnabled true',
-  'write com.veltram.nimbraprefs.homescreen enabled true',
-  'write com.veltram.nimbraprefs.controlcenter enabled true',
-];
-
-async function enabledServer() {
-  const root = tempRoot();
-  runScript(root, ENABLED);
-  return startServer({ root });
-}
-
-async function openTab(server, { address = '', viewport = DESKTOP, colorScheme = 'light' } = {}) {
-  const context = await browser.newContext({ viewport, colorScheme });
-  const page = await context.newPage();
-  page.scriptErrors = [];
-  page.on('pageerror', (error) => page.scriptErrors.push(error.message));
-  await page.goto(server.url + address);
-  await page.locator('.page.current').waitFor();
-  await page.waitForFunction(() => window.nimbra.addressOpened);
-  return page;
-}
-
-async function waitForStack(page, classes) {
-  await page.waitForFunction(
-    (wanted) => window.nimbra.state && JSON.stringify(window.nimbra.state.stack.map((entry) => entry.class)) === JSON.stringify(wanted) &&
-      document.querySelector('.page.current').getAnimations().length === 0,
-    classes,
-  );
-}
 
 /** What has focus: {id, text, role, inPage (in the page on top), inCovered (in a page not on top), inChooser, inSidebar}. */
 function focused(page) {
@@ -302,7 +265,7 @@ test('on the phone, Ctrl-F opens the sidebar\'s sheet over an inert frame, and E
   const server = await enabledServer();
   try {
     for (const colorScheme of ['light', 'dark']) {
-      const page = await openTab(server, { viewport: { width: 390, height: 844 }, colorScheme, address: '#/HomeScreenRoot' });
+      const page = await openTab(server, { viewport: PHONE, colorScheme, address: '#/HomeScreenRoot' });
       await waitForStack(page, [ROOT, HOME]);
       assert.equal(await page.locator('#sidebar').isVisible(), false);
       await page.keyboard.press('Control+f');

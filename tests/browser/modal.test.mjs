@@ -5,56 +5,22 @@
 
 import assert from 'node:assert/strict';
 import fs from 'node:fs';
-import { after, before, test } from 'node:test';
+import { test } from 'node:test';
 
-import { hostPath, launchBrowser, PREFERENCES, runScript, screenshot, startServer, tempRoot } from './helpers.mjs';
+import {
+  enabledServer, hostPath, HOME, openTab, PREFERENCES, ROOT, runScript, screenshot, stackOf, useBrowser, waitForStack,
+} from './helpers.mjs';
 
-let browser;
-before(async () => {
-  browser = await launchBrowser();
-});
-after(async () => {
-  await browser?.close();
-});
+useBrowser({ serve: false });
 
-const DESKTOP = { width: 1440, height: 900 };
-const ROOT = 'NIMRootListController';
-const HOME = 'NIMHomeScreenRootPrefsListController';
 const HOME_FILE = `${PREFERENCES}com.veltram.nimbraprefs.homescreen.plist`;
 
-/** A server over a fresh root with Nimbra and its Home Screen group on. */
-async function enabledServer() {
-  const root = tempRoot();
-  runScript(root, [
-    'write com.veltram.nimbraprefs nimbraEnabled true',
-    'write com.veltram.nimbraprefs.homescreen enabled true',
-    'write com.veltram.nimbraprefs.homescreen hideDockBG true',
-  ]);
-  return startServer({ root });
-}
-
-async function openTab(server, address = '') {
-  const context = await browser.newContext({ viewport: DESKTOP });
-  const page = await context.newPage();
-  page.scriptErrors = [];
-  page.on('pageerror', (error) => page.scriptErrors.push(error.message));
-  await page.goto(server.url + address);
-  await page.locator('.page.current').waitFor();
-  await page.waitForFunction(() => window.nimbra.addressOpened);
-  return page;
-}
-
-function stackOf(page) {
-  return page.evaluate(() => window.nimbra.state.stack.map((entry) => entry.class));
-}
-
-async function waitForStack(page, classes) {
-  await page.waitForFunction(
-    (wanted) => JSON.stringify(window.nimbra.state && window.nimbra.state.stack.map((entry) => entry.class)) === JSON.stringify(wanted),
-    classes,
-  );
-  await page.waitForFunction(() => document.querySelector('.page.current').getAnimations().length === 0);
-}
+/** Nimbra and its Home Screen group on, the Dock's background hidden. */
+const HOME_ON = [
+  'write com.veltram.nimbraprefs nimbraEnabled true',
+  'write com.veltram.nimbraprefs.homescreen enabled true',
+  'write com.veltram.nimbraprefs.homescreen hideDockBG true',
+];
 
 /** A click where a person's pointer would land on the element, whatever lies there. */
 async function clickAt(page, locator) {
@@ -81,9 +47,9 @@ async function resetAlert(page) {
 }
 
 test('under an alert the sidebar, search and the navigation bar leave the stack alone; Confirm acts on its own group', async () => {
-  const server = await enabledServer();
+  const server = await enabledServer(HOME_ON);
   try {
-    const page = await openTab(server, '#/HomeScreenRoot');
+    const page = await openTab(server, { address: '#/HomeScreenRoot' });
     await resetAlert(page);
     const sent = recordGestures(page);
 
@@ -121,9 +87,9 @@ test('under an alert the sidebar, search and the navigation bar leave the stack 
 });
 
 test('a sidebar click sent just before the alert appears waits behind it and is dropped', async () => {
-  const server = await enabledServer();
+  const server = await enabledServer(HOME_ON);
   try {
-    const page = await openTab(server, '#/HomeScreenRoot');
+    const page = await openTab(server, { address: '#/HomeScreenRoot' });
     await waitForStack(page, [ROOT, HOME]);
     // The reset row's tap and a sidebar link in the same task: the link's gestures are queued
     // behind the tap, whose answer presents the alert.
@@ -148,7 +114,7 @@ test('a sidebar click sent just before the alert appears waits behind it and is 
 });
 
 test('the browser\'s Back under an alert cancels the alert first, then goes back', async () => {
-  const server = await enabledServer();
+  const server = await enabledServer(HOME_ON);
   try {
     const page = await openTab(server);
     await page.locator('#sidebar .sidebar-row', { hasText: 'Home Screen' }).first().click();
@@ -174,7 +140,7 @@ test('the browser\'s Back under an alert cancels the alert first, then goes back
 });
 
 test('under the colour editor, the photo library and the respring, the sidebar does nothing', async () => {
-  const server = await enabledServer();
+  const server = await enabledServer(HOME_ON);
   try {
     runScript(server.root, [
       'write com.veltram.nimbraprefs.cpuinfo enabled true',
@@ -182,7 +148,7 @@ test('under the colour editor, the photo library and the respring, the sidebar d
       'write com.veltram.nimbraprefs.controlcenter enabled true',
       'write com.veltram.nimbraprefs.controlcenter backgroundStyle 2',
     ]);
-    const page = await openTab(server, '#/CPUInfoRoot/CPUInfoLabel');
+    const page = await openTab(server, { address: '#/CPUInfoRoot/CPUInfoLabel' });
     await waitForStack(page, [ROOT, 'NIMCPUInfoRootPrefsListController', 'NIMCPUInfoLabelPrefsListController']);
     const sent = recordGestures(page);
     const camera = page.locator('#sidebar .sidebar-row', { hasText: 'Camera' }).first();

@@ -3,41 +3,15 @@
 // own changes are not news to it.
 
 import assert from 'node:assert/strict';
-import { after, before, test } from 'node:test';
+import { test } from 'node:test';
 
-import { launchBrowser, runScript, screenshot, startServer, stored, tempRoot } from './helpers.mjs';
+import { DOCK, enabledServer, HOME, openTab, ROOT, runScript, screenshot, stackOf, stored, useBrowser, waitForStack } from './helpers.mjs';
 
-let browser;
-before(async () => {
-  browser = await launchBrowser();
-});
-after(async () => {
-  await browser?.close();
-});
+useBrowser({ serve: false });
 
-const ROOT = 'NIMRootListController';
-const HOME = 'NIMHomeScreenRootPrefsListController';
-const DOCK = 'NIMHomeScreenDockPrefsListController';
 const HIDE = 'Hide Dock Background';
-
-async function openTab(server, { address = '', viewport = { width: 1440, height: 900 }, colorScheme = 'light' } = {}) {
-  const context = await browser.newContext({ viewport, colorScheme });
-  const page = await context.newPage();
-  page.scriptErrors = [];
-  page.on('pageerror', (error) => page.scriptErrors.push(error.message));
-  await page.goto(server.url + address);
-  await page.locator('.page.current').waitFor();
-  await page.waitForFunction(() => window.nimbra.addressOpened);
-  return page;
-}
-
-async function waitForStack(page, classes) {
-  await page.waitForFunction(
-    (wanted) => window.nimbra.state && JSON.stringify(window.nimbra.state.stack.map((entry) => entry.class)) === JSON.stringify(wanted) &&
-      document.querySelector('.page.current').getAnimations().length === 0,
-    classes,
-  );
-}
+/** Nimbra and its Home Screen group on. */
+const HOME_ON = ['write com.veltram.nimbraprefs nimbraEnabled true', 'write com.veltram.nimbraprefs.homescreen enabled true'];
 
 /** The value of the row labelled label as the tab drew it. */
 const drawnValue = (page, label) => page.evaluate((l) => window.nimbra.state.page.rows.find((row) => row.label === l).value, label);
@@ -52,9 +26,7 @@ async function lookNow(page) {
 }
 
 test('another tab\'s change is announced with a one-click reload; the tab\'s own change is not', async () => {
-  const root = tempRoot();
-  runScript(root, ['write com.veltram.nimbraprefs nimbraEnabled true', 'write com.veltram.nimbraprefs.homescreen enabled true']);
-  const server = await startServer({ root });
+  const server = await enabledServer(HOME_ON);
   try {
     const a = await openTab(server, { address: '#/HomeScreenRoot/HomeScreenDock' });
     const b = await openTab(server, { address: '#/HomeScreenRoot/HomeScreenDock' });
@@ -81,7 +53,7 @@ test('another tab\'s change is announced with a one-click reload; the tab\'s own
     await b.waitForFunction((l) => window.nimbra.state.page.rows.some((row) => row.label === l && row.value === true), HIDE);
     assert.equal(await b.locator('.page.current').getByRole('switch', { name: HIDE, exact: true }).isChecked(), true);
     assert.equal(await b.locator('#stale').isHidden(), true);
-    assert.deepEqual(await b.evaluate(() => window.nimbra.state.stack.map((entry) => entry.class)), [ROOT, HOME, DOCK]);
+    assert.deepEqual(await stackOf(b), [ROOT, HOME, DOCK]);
 
     // Another process writes the file: the tab in front notices by itself.
     runScript(server.root, ['write com.veltram.nimbraprefs.homescreen hideDockBG false']);
@@ -104,9 +76,7 @@ test('another tab\'s change is announced with a one-click reload; the tab\'s own
 });
 
 test('the note of a change fits the phone and a short window, over no control', async () => {
-  const root = tempRoot();
-  runScript(root, ['write com.veltram.nimbraprefs nimbraEnabled true', 'write com.veltram.nimbraprefs.homescreen enabled true']);
-  const server = await startServer({ root });
+  const server = await enabledServer(HOME_ON);
   try {
     for (const [name, viewport, colorScheme] of [['390x844', { width: 390, height: 844 }, 'light'], ['800x500', { width: 800, height: 500 }, 'dark']]) {
       const page = await openTab(server, { address: '#/HomeScreenRoot/HomeScreenDock', viewport, colorScheme });
