@@ -1,6 +1,7 @@
 #include "host/SearchIndex.h"
 
 #include "frame/NIMPageCatalog.h"
+#include "host/JsonValue.h"
 #include "host/ShownWhen.h"
 #include "platform/PSPageDefinition.h"
 
@@ -90,12 +91,27 @@ struct PageToVisit {
     std::string className;
     std::vector<std::string> path;
     std::string route;
+    std::vector<SearchIndex::Entry::Need> needs;
+    std::vector<std::string> needsWords;
 };
+
+/// "Home Screen › Enabled": where the link's condition is met, in the words of its page.
+std::string needWords(const std::vector<std::string>& path, const ShownWhen::Page& page, const ShownWhen::Condition& condition)
+{
+    std::string where;
+    for (std::size_t i = 1; i < path.size(); ++i)
+        where += path[i] + " \u203a ";
+    auto clauses = condition.clauses();
+    if (clauses.size() == 1 && page.deciders[clauses[0]->decider].isSwitch && clauses[0]->allowed[1])
+        return where + page.deciders[clauses[0]->decider].label;
+    return where + page.conditionText(condition);
+}
 
 }  // namespace
 
 SearchIndex::SearchIndex(const fs::path& resources)
 {
+    const ShownWhen& shownWhen = ShownWhen::derived(resources);
     std::set<std::string> seen{std::string(kRootPage)};
     std::deque<PageToVisit> queue{{std::string(kRootPage), {}, ""}};
     while (!queue.empty()) {
@@ -111,7 +127,7 @@ SearchIndex::SearchIndex(const fs::path& resources)
         if (visit.path.empty())
             visit.path.push_back(definition->title);
         const PlistArray& items = definition->items;
-        ShownWhen shownWhen(page, items);
+        const ShownWhen::Page* conditions = shownWhen.page(visit.className);
         for (std::size_t i = 0; i < items.size(); ++i) {
             const PlistValue& item = items[i];
             const std::string& detail = item["detail"].stringValue();
@@ -121,7 +137,23 @@ SearchIndex::SearchIndex(const fs::path& resources)
                 std::string segment = routeSegment(linked->description().definition);
                 std::vector<std::string> path = visit.path;
                 path.push_back(label);
-                queue.push_back({detail, std::move(path), visit.route.empty() ? segment : visit.route + "/" + segment});
+                PageToVisit next{detail, std::move(path), visit.route.empty() ? segment : visit.route + "/" + segment, visit.needs,
+                                 visit.needsWords};
+                const std::string& linkId = item["id"].stringValue();
+                const ShownWhen::Condition* condition = conditions && !linkId.empty() ? conditions->condition(linkId) : nullptr;
+                if (condition && !condition->never) {
+                    next.needsWords.push_back(needWords(visit.path, *conditions, *condition));
+                    for (const ShownWhen::Clause* clause : condition->clauses()) {
+                        const PageProbe::Decider& decider = conditions->deciders[clause->decider];
+                        Entry::Need need{visit.route, visit.className, decider.id, decider.key, decider.label, {}, {}};
+                        for (std::size_t v = 0; v < decider.values.size(); ++v)
+                            if (clause->allowed[v])
+                                need.values.push_back(decider.values[v]);
+                        need.condition = conditions->clauseText(*clause);
+                        next.needs.push_back(std::move(need));
+                    }
+                }
+                queue.push_back(std::move(next));
             }
             std::string text = rowWords(item);
             if (text.empty())
@@ -133,7 +165,11 @@ SearchIndex::SearchIndex(const fs::path& resources)
             result.id = item["id"].stringValue();
             result.index = i;
             result.label = !label.empty() ? label : item["footerText"].stringValue();
-            result.shownWhen = shownWhen.describe(result.id);
+            if (conditions && !result.id.empty())
+                result.shownWhen = conditions->shownWhen(result.id);
+            result.needs = visit.needs;
+            for (std::size_t n = 0; n < visit.needsWords.size(); ++n)
+                result.needsText += (n == 0 ? "needs " : n + 1 == visit.needsWords.size() ? " and " : ", ") + visit.needsWords[n];
             result.text = lowered(text);
             result.labelText = lowered(result.label);
             _entries.push_back(std::move(result));
@@ -181,5 +217,20 @@ nlohmann::ordered_json SearchIndex::toJson(const Entry& entry)
     json["id"] = entry.id.empty() ? nlohmann::ordered_json(nullptr) : nlohmann::ordered_json(entry.id);
     json["label"] = entry.label;
     json["shownWhen"] = entry.shownWhen.empty() ? nlohmann::ordered_json(nullptr) : nlohmann::ordered_json(entry.shownWhen);
+    json["needs"] = entry.needsText.empty() ? nlohmann::ordered_json(nullptr) : nlohmann::ordered_json(entry.needsText);
+    nlohmann::ordered_json needs = nlohmann::ordered_json::array();
+    for (auto& need : entry.needs) {
+        nlohmann::ordered_json values = nlohmann::ordered_json::array();
+        for (auto& value : need.values)
+            values.push_back(::toJson(value));
+        needs.push_back({{"route", need.route},
+                         {"page", need.page},
+                         {"id", need.id.empty() ? nlohmann::ordered_json(nullptr) : nlohmann::ordered_json(need.id)},
+                         {"key", need.key},
+                         {"label", need.label},
+                         {"values", values},
+                         {"condition", need.condition}});
+    }
+    json["needsRows"] = needs;
     return json;
 }

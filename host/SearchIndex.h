@@ -4,9 +4,13 @@
 //
 // The index is built once, from the page definitions and the link rows that reach each page from
 // the root page (a page's path is the shortest chain of link rows, "Nimbra › Home Screen › Dock").
-// A row that its page may hide is still found; its result says what shows it, taken from the
-// page's own rule table (the label of the governing row and its condition in the row's own value
-// titles: "appears when Style is Percentage"). Pages that no link row reaches are not indexed.
+// A row that its page may hide is still found; its result says what shows it, as found by opening
+// the page (ShownWhen: the label of the deciding row and its condition in that row's own value
+// titles: "appears when Style is Percentage"). A row whose page is reached only through link rows
+// that their pages may hide says what shows those ("needs Enable Nimbra and Home Screen ›
+// Enabled"). Pages that no link row reaches are not indexed.
+
+#include "platform/PlistValue.h"
 
 #include <nlohmann/json.hpp>
 
@@ -32,8 +36,26 @@ public:
         std::size_t index = 0;
         /// What the row shows as its title (a group's header, or its footer when it has no header).
         std::string label;
-        /// "appears when ..." when the page's rules may hide the row, else "".
+        /// "appears when ..." when the page may hide the row, else "".
         std::string shownWhen;
+        /// What shows the link rows on the way to the page, where their pages may hide them: one
+        /// per row that decides, outermost first.
+        struct Need {
+            /// The address of the page holding the deciding row ("" for the root page), and its
+            /// words: "Home Screen › Enabled" (for a switch that must be on) or "Home Screen ›
+            /// Style is Custom".
+            std::string route;
+            std::string page;
+            std::string id;
+            std::string key;
+            std::string label;
+            /// The values that show the link, and the condition in words ("Enabled is on").
+            std::vector<PlistValue> values;
+            std::string condition;
+        };
+        std::vector<Need> needs;
+        /// "needs Enable Nimbra and Home Screen › Enabled", or "".
+        std::string needsText;
         /// Every word the row shows, lower-cased, and its label lower-cased (for ranking).
         std::string text;
         std::string labelText;
@@ -52,8 +74,10 @@ public:
     /// Every indexed row.
     const std::vector<Entry>& entries() const { return _entries; }
 
-    /// A result as JSON: {"page","path","route","id","label","shownWhen"} (id and shownWhen null
-    /// when the row has none); the path joined with " › ".
+    /// A result as JSON: {"page","path","route","id","label","shownWhen","needs","needsRows"} (id,
+    /// shownWhen and needs null when the row has none); the path joined with " › ". needsRows
+    /// lists the rows that decide whether the links on the way are shown, outermost first:
+    /// {"route","page","id","key","label","values","condition"}.
     static nlohmann::ordered_json toJson(const Entry& entry);
 
 private:

@@ -7,8 +7,10 @@
 #include "host/ScriptRunner.h"
 #include "host/SearchIndex.h"
 #include "host/SettingsBackup.h"
+#include "host/ShownWhen.h"
 #include "host/Server.h"
 #include "host/Session.h"
+#include "platform/AtomicFile.h"
 #include "platform/NSFileManager.h"
 #include "platform/Process.h"
 
@@ -52,6 +54,10 @@ Commands:
   search WORDS...
                  find settings on every page by the words shown (labels, headers, footers,
                  value titles, subtitles); one JSON object per result, best first
+  shown-when [FILE]
+                 open every page on a throw-away root and write, for each row a page may
+                 hide, which values of which rows show it, to FILE (default: standard
+                 output); the build keeps this table beside the program for search
 
 Options:
   --root DIR         the directory that stands for /var/jb
@@ -229,6 +235,23 @@ int search(const Arguments& arguments, const char* argv0)
     return 0;
 }
 
+int shownWhen(const Arguments& arguments, const char* argv0)
+{
+    if (arguments.rest.size() > 1)
+        usageError("shown-when takes at most one file");
+    std::filesystem::path resources = resolveResources(argv0);
+    std::string table = ShownWhen::probeAll(resources).save(resources);
+    if (arguments.rest.empty() || arguments.rest[0] == "-") {
+        std::cout << table;
+        return 0;
+    }
+    if (!AtomicFile::write(arguments.rest[0], table)) {
+        std::cerr << "nimbra-prefs: cannot write " << arguments.rest[0] << '\n';
+        return 1;
+    }
+    return 0;
+}
+
 int script(const Arguments& arguments, const char* argv0)
 {
     if (arguments.rest.size() > 1)
@@ -351,6 +374,8 @@ int main(int argc, char** argv)
             return search(arguments, argv[0]);
         if (arguments.command == "serve")
             return serve(arguments, argv[0]);
+        if (arguments.command == "shown-when")
+            return shownWhen(arguments, argv[0]);
     } catch (const std::exception& error) {
         std::cerr << "nimbra-prefs: " << error.what() << '\n';
         return 1;

@@ -16,6 +16,10 @@ struct ProgramRun {
 
 /// Runs `nimbra-prefs ARGS` with input on standard input.
 ProgramRun runProgram(const std::vector<std::string>& arguments, const std::string& input = "");
+/// Runs another program (a copy of `nimbra-prefs`, say) with arguments, and with environment
+/// ("NAME=value", each) added to the test's own.
+ProgramRun runExecutable(const std::string& program, const std::vector<std::string>& arguments,
+                         const std::vector<std::string>& environment = {});
 /// One JSON value per line of text.
 std::vector<nlohmann::json> jsonLines(const std::string& text);
 

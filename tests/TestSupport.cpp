@@ -96,11 +96,28 @@ std::vector<std::string> SessionOnFreshRoot::shownIds()
     return session->show()["ids"].get<std::vector<std::string>>();
 }
 
-ProgramRun runProgram(const std::vector<std::string>& arguments, const std::string& input)
+namespace {
+
+ProgramRun runProgramWith(const std::string& program, const std::vector<std::string>& arguments, const std::string& input,
+                          const std::vector<std::string>& environment)
 {
     TempDir io;
     fs::path in = io / "in", output = io / "out", errors = io / "err";
     writeFile(in, input);
+    // Everything the child needs is made before the fork.
+    std::vector<std::string> args{program};
+    args.insert(args.end(), arguments.begin(), arguments.end());
+    std::vector<char*> argv;
+    for (auto& a : args)
+        argv.push_back(a.data());
+    argv.push_back(nullptr);
+    std::vector<std::string> settings = environment;
+    std::vector<char*> envp;
+    for (auto& setting : settings)
+        envp.push_back(setting.data());
+    for (char** inherited = environ; *inherited; ++inherited)
+        envp.push_back(*inherited);
+    envp.push_back(nullptr);
     pid_t pid = ::fork();
     if (pid == 0) {
         int inFd = ::open(in.c_str(), O_RDONLY);
@@ -109,13 +126,7 @@ ProgramRun runProgram(const std::vector<std::string>& arguments, const std::stri
         ::dup2(inFd, 0);
         ::dup2(out, 1);
         ::dup2(err, 2);
-        std::vector<std::string> args{NIMBRA_PREFS_EXE};
-        args.insert(args.end(), arguments.begin(), arguments.end());
-        std::vector<char*> argv;
-        for (auto& a : args)
-            argv.push_back(a.data());
-        argv.push_back(nullptr);
-        ::execv(argv[0], argv.data());
+        ::execve(argv[0], argv.data(), envp.data());
         ::_exit(127);
     }
     int status = 0;
@@ -125,6 +136,18 @@ ProgramRun runProgram(const std::vector<std::string>& arguments, const std::stri
     run.output = readFile(output);
     run.errors = readFile(errors);
     return run;
+}
+
+}  // namespace
+
+ProgramRun runProgram(const std::vector<std::string>& arguments, const std::string& input)
+{
+    return runProgramWith(NIMBRA_PREFS_EXE, arguments, input, {});
+}
+
+ProgramRun runExecutable(const std::string& program, const std::vector<std::string>& arguments, const std::vector<std::string>& environment)
+{
+    return runProgramWith(program, arguments, "", environment);
 }
 
 std::vector<nlohmann::json> jsonLines(const std::string& text)

@@ -108,6 +108,101 @@ TEST(Search, ANestedRowNamesEveryConditionWithTheListsTitles)
     EXPECT_NE(nested->shownWhen.find(" is not "), std::string::npos) << nested->shownWhen;
 }
 
+TEST(Search, AConditionSaysWhatThePageDoesWhereItsLogicIsItsOwn)
+{
+    // Toggles: the colours for all toggles go when each toggle has its own, whatever the style.
+    auto background = search({"background", "on", "light"});
+    const nlohmann::json* colour = findResult(background, "NIMControlCenterTogglesPrefsListController", "Background On (Light Mode)");
+    ASSERT_TRUE(colour) << nlohmann::json(background).dump();
+    EXPECT_EQ((*colour)["shownWhen"], "appears when Colorize Toggles is on, Background is Custom Colors and Apply Colors is All Toggles");
+    // Sliders: one group of volume colours, shown by either switch.
+    auto volume = search({"volume", "parts"});
+    const nlohmann::json* parts = findResult(volume, "NIMControlCenterSlidersPrefsListController", "Volume Parts to Colorize");
+    ASSERT_TRUE(parts) << nlohmann::json(volume).dump();
+    EXPECT_EQ((*parts)["shownWhen"], "appears when Colorize Control Center Slider is on or Colorize Volume Indicator is on");
+    // A row nested in that group needs its own switch as well as one of the two.
+    auto icon = search({"light", "mode", "icon"});
+    bool nested = false;
+    for (auto& result : icon)
+        if (result["page"] == "NIMControlCenterSlidersPrefsListController" && result["id"] == "volumeIconColorChild1") {
+            nested = true;
+            EXPECT_EQ(result["shownWhen"],
+                      "appears when Colorize Icon is on and either Colorize Control Center Slider is on or Colorize Volume Indicator is on");
+        }
+    EXPECT_TRUE(nested) << nlohmann::json(icon).dump();
+
+    // What the words say is what the page does: each of the two switches alone shows the group;
+    // all-toggle colours stay hidden while each toggle has its own.
+    const std::string sliders = "NIMControlCenterSlidersPrefsListController", toggles = "NIMControlCenterTogglesPrefsListController";
+    auto shows = [](const std::vector<nlohmann::json>& lines, const std::string& id) {
+        for (auto& line : lines)
+            if (line.contains("ids"))
+                return std::find(line["ids"].begin(), line["ids"].end(), id) != line["ids"].end();
+        return false;
+    };
+    for (const char* key : {"colorizeVolumeSlider", "colorizeVolumeHUD"}) {
+        auto run = test::runScript({"--root", test::TempDir().path().string()},
+                                   std::string("write com.veltram.nimbraprefs.controlcenter ") + key + " true\nopen " + sliders + "\nshow\n");
+        ASSERT_EQ(run.status, 0) << run.errors;
+        EXPECT_TRUE(shows(run.lines, "volumeColorsChild")) << key;
+    }
+    std::string colouring = "write com.veltram.nimbraprefs.controlcenter enableTogglesColorization true\n"
+                            "write com.veltram.nimbraprefs.controlcenter togglesBackgroundColorStyle 2\n";
+    for (int mode : {1, 2}) {
+        test::TempDir root;
+        auto run = test::runScript({"--root", root.path().string()}, colouring + "write com.veltram.nimbraprefs.controlcenter togglesColorsMode " +
+                                                                     std::to_string(mode) + "\nopen " + toggles + "\nshow\n");
+        ASSERT_EQ(run.status, 0) << run.errors;
+        EXPECT_EQ(shows(run.lines, "allColorsChildLightModeBG1"), mode == 1) << "Apply Colors " << mode;
+    }
+}
+
+TEST(Search, AResultBehindSwitchesOnTheWayNamesThem)
+{
+    auto results = search({"dock", "style"});
+    const nlohmann::json* style = findResult(results, "NIMHomeScreenDockPrefsListController", "Dock Style");
+    ASSERT_TRUE(style) << nlohmann::json(results).dump();
+    EXPECT_EQ((*style)["needs"], "needs Enable Nimbra and Home Screen \u203a Enabled");
+    ASSERT_EQ((*style)["needsRows"].size(), 2u) << style->dump();
+    auto& outer = (*style)["needsRows"][0];
+    EXPECT_EQ(outer["route"], "");
+    EXPECT_EQ(outer["id"], "topLevelSwitch");
+    EXPECT_EQ(outer["key"], "nimbraEnabled");
+    EXPECT_EQ(outer["label"], "Enable Nimbra");
+    EXPECT_EQ(outer["values"], nlohmann::json::array({true}));
+    auto& inner = (*style)["needsRows"][1];
+    EXPECT_EQ(inner["route"], "HomeScreenRoot");
+    EXPECT_EQ(inner["key"], "enabled");
+    EXPECT_EQ(inner["label"], "Enabled");
+    // A page always reached says nothing; the root page's own rows neither.
+    for (auto& result : search({"enable", "nimbra"}))
+        if (result["page"] == "NIMRootListController") {
+            EXPECT_TRUE(result["needs"].is_null());
+            EXPECT_EQ(result["needsRows"], nlohmann::json::array());
+        }
+
+    // What it names is what the way needs: on a fresh root the link is not there; with the two
+    // switches on, the same taps reach the page.
+    auto linkId = [](const std::string& page, const std::string& label) {
+        for (auto& result : search({label}))
+            if (result["page"] == page && result["label"] == label && !result["id"].is_null())
+                return result["id"].get<std::string>();
+        return std::string();
+    };
+    std::string homeScreen = linkId("NIMRootListController", "Home Screen"), dock = linkId("NIMHomeScreenRootPrefsListController", "Dock");
+    ASSERT_FALSE(homeScreen.empty());
+    ASSERT_FALSE(dock.empty());
+    test::TempDir fresh;
+    auto blocked = test::runScript({"--root", fresh.path().string()}, "open NIMRootListController\ntap " + homeScreen + "\n");
+    EXPECT_NE(blocked.status, 0) << "the link to Home Screen is shown on a fresh root";
+    test::TempDir root;
+    auto reached = test::runScript({"--root", root.path().string()}, "open NIMRootListController\nset nimbraEnabled true\ntap " + homeScreen +
+                                                                          "\nset enabled true\ntap " + dock + "\nshow\n");
+    ASSERT_EQ(reached.status, 0) << reached.errors;
+    ASSERT_FALSE(reached.lines.empty());
+    EXPECT_EQ(reached.lines.back()["page"], "NIMHomeScreenDockPrefsListController");
+}
+
 TEST(Search, NeedsWords)
 {
     auto run = test::runProgram({"search", " "});
