@@ -3,12 +3,13 @@
 //   #/                                       the root page
 //   #/HomeScreenRoot/HomeScreenDock          each page above the root by its definition's name
 //   #/HomeScreenRoot/HomeScreenDock?choose=K  with the chooser of the list row editing key K open
+//   #/CPUInfoRoot/CPUInfoVisibility/Select-Apps  an app picker, by the words of the row that opens it
 //
 // Opening an address replays it as taps: back to the longest part of the stack that the address
-// shares, then a tap on the link row of each further page, so every page's own open logic runs
-// and the in-app Back works. A page that no link row of the page below reaches (or an unknown
-// name) stops the replay there, and the page says so. Pages passed on the way are drawn without
-// their slide; only the last one slides in.
+// shares, then a tap on the link row of each further page (or on the row that opens an app
+// picker), so every page's own open logic runs and the in-app Back works. A page that no link
+// row of the page below reaches (or an unknown name) stops the replay there, and the page says so.
+// Pages passed on the way are drawn without their slide; only the last one slides in.
 //
 // Every page the person reaches is a history entry of its own, however it was reached (a link
 // row, a search result, the sidebar, a deep link): the browser's Back and Forward move along the
@@ -53,7 +54,7 @@ function addressFrom(parts, choose = '') {
 /** The names of the pages of the stack above the root. */
 function stackParts(state = screen.state) {
   const stack = (state && state.stack) || [];
-  return stack.slice(1).map((entry) => names[entry.class] || entry.class);
+  return stack.slice(1).map((entry) => entry.picker || names[entry.class] || entry.class);
 }
 
 /** The address of what the screen shows now. */
@@ -138,7 +139,8 @@ async function open(hash, record, quiet = false) {
     for (let at = common; at < target.parts.length; at++) {
       const page = screen.state && screen.state.page;
       const name = target.parts[at];
-      const link = page && page.rows.find((row) => row.enabled && row.properties && names[row.properties.detail] === name);
+      // A page by the link row that opens it; an app picker by the row that opens it (its name).
+      const link = page && page.rows.find((row) => row.enabled && ((row.properties && names[row.properties.detail] === name) || row.picker === name));
       if (!link) {
         cannotReach(name, page && page.title, quiet);
         return;
