@@ -73,7 +73,11 @@ function highlight(found) {
   const nodes = [...view.table.children];
   const node = (found.id && nodes.find((candidate) => candidate.dataset.id === found.id)) ||
     nodes.find((candidate) => candidate.textContent.includes(found.label));
-  if (!node) return false;
+  return node ? glow(node) : false;
+}
+
+/** Scrolls a node into view and makes it glow for a moment; answers it. */
+function glow(node) {
   node.scrollIntoView({ block: 'center' });
   node.classList.remove('search-highlight');
   void node.offsetWidth; // restart the glow
@@ -102,8 +106,13 @@ function blockingNeed(found) {
     const row = page.rows.find((candidate) => candidate.properties && (need.id ? candidate.properties.id === need.id : candidate.properties.key === need.key));
     if (row) here.push({ need, row });
   }
-  const closed = here.find(({ need, row }) => !holdsOneOf(row.value, need.values));
-  return (closed || here[0] || {}).need || null;
+  return here.find(({ need, row }) => !holdsOneOf(row.value, need.values)) || here[0] || null;
+}
+
+/** The sidebar's copy of a root page row (the desktop shows the root's rows there), when shown. */
+function sidebarCopy(row) {
+  const node = document.querySelector(`#sidebar-rows .sidebar-row[data-index="${row.index}"]`);
+  return node && node.getClientRects().length ? node : null;
 }
 
 /** The control of a row's item that focus goes to: the row itself, else its first control. */
@@ -126,14 +135,25 @@ export async function openResult(found) {
     screen.highlighted = node ? { page: found.page, id: found.id, label: found.label } : null;
   } else if (behindSwitches) {
     // As deep as the way goes: the switch that closes it, in the words the rows show.
-    const need = blockingNeed(found);
+    const blocking = blockingNeed(found);
+    const need = blocking && blocking.need;
     const message = need
       ? `\u201c${found.label}\u201d appears once ${need.condition}.`
       : `\u201c${found.label}\u201d ${found.needs}.`;
     screen.unreachable.message = message;
     toast(message);
     node = need && highlight({ id: need.id, label: need.label });
-    screen.highlighted = node ? { page: need.page, id: need.id, label: need.label, blocking: true, result: found.label } : null;
+    if (node && !node.getClientRects().length) node = null;
+    // A root page row the page does not show is in the sidebar.
+    const side = need && !node && sidebarCopy(blocking.row);
+    if (side) {
+      glow(side);
+      side.focus();
+    }
+    screen.highlighted = node || side
+      ? { page: need.page, id: need.id, label: need.label, blocking: true, result: found.label, inSidebar: Boolean(side) }
+      : null;
+    if (side) return;
   } else {
     screen.highlighted = null;
   }

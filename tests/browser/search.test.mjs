@@ -35,11 +35,15 @@ test('a result behind switches opens as deep as it goes and highlights the switc
     assert.match(await found.textContent(), /needs Enable Nimbra and Home Screen › Enabled/);
     await screenshot(page, 'search-needs-results');
 
-    // Nimbra is off: the way stops on the root page, at its master switch.
+    // Nimbra is off: the way stops on the root page, at its master switch (which the desktop
+    // shows in the sidebar), and the switch takes the focus.
     await found.click();
     let shown = await highlighted(page, { blocking: true, page: ROOT });
     assert.equal(shown.id, 'topLevelSwitch');
     assert.equal(shown.label, 'Enable Nimbra');
+    assert.equal(shown.inSidebar, true);
+    assert.equal(await page.evaluate(() => document.activeElement.getAttribute('role')), 'switch');
+    assert.match(await page.evaluate(() => document.activeElement.textContent), /Enable Nimbra/);
     assert.deepEqual(await page.evaluate(() => window.nimbra.state.stack.map((entry) => entry.class)), [ROOT]);
     await page.locator('#toast').waitFor({ state: 'visible' });
     assert.equal(await page.locator('#toast').textContent(), '\u201cDock Style\u201d appears once Enable Nimbra is on.');
@@ -47,7 +51,7 @@ test('a result behind switches opens as deep as it goes and highlights the switc
     await screenshot(page, 'search-needs-enable-nimbra');
 
     // With Nimbra on, the way stops on the Home Screen page, at its own switch.
-    await page.locator('.page.current').getByRole('switch', { name: 'Enable Nimbra', exact: true }).check();
+    await page.locator('#sidebar-rows').getByRole('switch', { name: 'Enable Nimbra' }).click();
     await page.waitForFunction(() => window.nimbra.state.page.rows.some((row) => row.label === 'Enable Nimbra' && row.value === true));
     found = await result(page, 'dock style', 'Nimbra › Home Screen › Dock');
     await found.click();
