@@ -31,13 +31,13 @@ struct RunningServer {
     {
         WebServer::Options options;
         options.port = 0;
-        options.web = std::filesystem::path(NIMBRA_RESOURCES_DIR) / "web";
-        options.icons = std::filesystem::path(NIMBRA_RESOURCES_DIR) / "icons";
+        options.web = fuzz::FuzzRoot::shippedResources() / "web";
+        options.icons = fuzz::FuzzRoot::shippedResources() / "icons";
         return options;
     }
 
     RunningServer()
-        : server(Session::Options{.root = root.path() / "served", .resources = NIMBRA_RESOURCES_DIR}, options())
+        : server(Session::Options{.root = root.path() / "served", .resources = fuzz::FuzzRoot::shippedResources()}, options())
         , port(server.bind())
         , thread([this] { server.run(); })
         , client("127.0.0.1", port)

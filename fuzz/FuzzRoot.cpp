@@ -9,6 +9,11 @@ namespace fs = std::filesystem;
 
 namespace fuzz {
 
+fs::path FuzzRoot::shippedResources()
+{
+    return NIMBRA_RESOURCES_DIR;
+}
+
 FuzzRoot::FuzzRoot(fs::path resources)
     : _resources(std::move(resources))
 {

@@ -13,10 +13,13 @@ namespace fuzz {
 /// repository's by default).
 class FuzzRoot {
 public:
-    explicit FuzzRoot(std::filesystem::path resources = NIMBRA_RESOURCES_DIR);
+    explicit FuzzRoot(std::filesystem::path resources = shippedResources());
     ~FuzzRoot();
     FuzzRoot(const FuzzRoot&) = delete;
     FuzzRoot& operator=(const FuzzRoot&) = delete;
+
+    /// The repository's resources folder (the one file that knows the clone's paths says where).
+    static std::filesystem::path shippedResources();
 
     const std::filesystem::path& path() const { return _path; }
     /// A new session on the root (the previous one, if any, ends first).

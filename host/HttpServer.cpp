@@ -423,6 +423,10 @@ private:
         message.body() = std::move(response.body);
         message.keep_alive(!closeAfter);
         message.prepare_payload();
+        // A 304 has no body and says nothing of one: a Content-Length there would have to be the
+        // length of the file it stands for.
+        if (message.result() == http::status::not_modified)
+            message.erase(http::field::content_length);
         _closeAfter = closeAfter;
         _serializer.emplace(message);
         writeMore();

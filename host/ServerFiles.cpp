@@ -116,7 +116,7 @@ void WebServer::Impl::fileRoutes()
     http.get(R"(/([A-Za-z0-9_-]+\.(html|js|css|svg|png)))", [this](const HttpRequest& req, HttpResponse& res) {
         serveFile(req, res, options.web / req.matches[1]);
     });
-    http.get(R"(/icons/([A-Za-z0-9_-]+\.png))", [this](const HttpRequest& req, HttpResponse& res) {
+    http.get(R"(/icons/([A-Za-z0-9_-]+\.(png|svg)))", [this](const HttpRequest& req, HttpResponse& res) {
         serveFile(req, res, options.icons / req.matches[1]);
     });
 

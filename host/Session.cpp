@@ -460,6 +460,73 @@ std::optional<std::size_t> chosenApps(PSListController& page, const PSSpecifier&
     return std::nullopt;
 }
 
+/// The app picker a row's action opens, or nullptr.
+const NIMAppPicker::Push* pickerOf(PSListController& page, const PSSpecifier& row)
+{
+    auto* collapsible = dynamic_cast<NIMCollapsibleListController*>(&page);
+    const std::string& name = row.propertyForKey("action").stringValue();
+    if (!collapsible || name.empty())
+        return nullptr;
+    for (auto& [selector, action] : collapsible->page().actions)
+        if (selector == name)
+            return action.target<NIMAppPicker::Push>();
+    return nullptr;
+}
+
+/// The label of the group row above row index of page ("" when it has none).
+std::string groupLabelAbove(PSListController& page, std::size_t index)
+{
+    auto& rows = page.specifiers();
+    for (std::size_t i = std::min(index, rows.size()); i-- > 0;)
+        if (rows[i]->cellType() == PSCellType::Group)
+            return rows[i]->name();
+    return "";
+}
+
+/// Words joined by "-" ("Select Apps" -> "Select-Apps"), keeping letters, digits and other characters.
+std::string hyphenated(const std::string& words)
+{
+    std::string name;
+    for (char c : words) {
+        if (c == ' ' || c == '\t' || c == '/' || c == '?' || c == '#') {
+            if (!name.empty() && name.back() != '-')
+                name += '-';
+        } else {
+            name += c;
+        }
+    }
+    while (!name.empty() && name.back() == '-')
+        name.pop_back();
+    return name;
+}
+
+/// The name of the app picker the shown row at index opens, in the words of the page: its label
+/// ("Select-Apps"), led by its group's when another picker row of the page has the same label
+/// ("Double-Tap-Choose-App", "Hold-Choose-App"). "" when the row opens no app picker.
+std::string pickerName(PSListController& page, std::size_t index)
+{
+    auto& rows = page.specifiers();
+    if (index >= rows.size() || !pickerOf(page, *rows[index]))
+        return "";
+    const std::string& label = rows[index]->name();
+    bool shared = false;
+    for (std::size_t i = 0; i < rows.size(); ++i)
+        shared = shared || (i != index && rows[i]->name() == label && pickerOf(page, *rows[i]));
+    std::string group = shared ? groupLabelAbove(page, index) : "";
+    return hyphenated(group.empty() ? label : group + " " + label);
+}
+
+/// The name of the picker controller pushed over page: that of the first shown row of page whose
+/// action opens a picker of the same store and key ("" when none does).
+std::string pickerNameOver(PSListController& page, const SparkAppListTableViewController& picker)
+{
+    auto& rows = page.specifiers();
+    for (std::size_t i = 0; i < rows.size(); ++i)
+        if (auto* push = pickerOf(page, *rows[i]); push && push->storeIdentifier == picker.identifier() && push->key == picker.key())
+            return pickerName(page, i);
+    return "";
+}
+
 Session::Json colorJson(const std::optional<UIColor>& color)
 {
     if (!color)
@@ -473,8 +540,17 @@ Session::Json colorJson(const std::optional<UIColor>& color)
 Session::Json Session::state()
 {
     Json stack = Json::array();
-    for (auto& controller : _navigation->viewControllers())
+    const auto& controllers = _navigation->viewControllers();
+    for (std::size_t level = 0; level < controllers.size(); ++level) {
+        auto& controller = controllers[level];
         stack.push_back({{"class", controller->className()}, {"title", controller->navigationItem().title}});
+        // An app picker is named, in the address, by the row of the page below that opens it.
+        auto picker = std::dynamic_pointer_cast<SparkAppListTableViewController>(controller);
+        auto below = level ? std::dynamic_pointer_cast<PSListController>(controllers[level - 1]) : nullptr;
+        if (picker && below)
+            if (std::string name = pickerNameOver(*below, *picker); !name.empty())
+                stack.back()["picker"] = name;
+    }
     Json state{{"stack", stack}, {"page", nullptr}, {"presented", nullptr}, {"picker", nullptr}};
     auto page = topPage();
     if (!page)
@@ -486,8 +562,10 @@ Session::Json Session::state()
         auto& specifier = page->specifiers()[i];
         pageState["rows"][i]["index"] = i;
         pageState["rows"][i]["cell"] = std::string(PSCellTypeName(specifier->cellType()));
-        if (auto apps = chosenApps(*page, *specifier))
+        if (auto apps = chosenApps(*page, *specifier)) {
             pageState["rows"][i]["apps"] = *apps;
+            pageState["rows"][i]["picker"] = pickerName(*page, i);
+        }
         if (auto cell = page->cellForSpecifier(specifier)) {
             if (!cell->detailTextLabel().text.empty())
                 pageState["rows"][i]["subtitle"] = cell->detailTextLabel().text;
@@ -508,7 +586,7 @@ Session::Json Session::state()
     }
     if (!page->specifiers().empty()) {
         if (auto header = page->headerViewForSpecifier(page->specifiers().front())) {
-            Json drawn{{"height", header->frame().height}};
+            Json drawn{{"width", header->frame().width}, {"height", header->frame().height}};
             for (auto& part : header->subviews())
                 if (auto image = std::dynamic_pointer_cast<UIImageView>(part))
                     drawn["image"] = {{"name", image->imageName}, {"height", image->frame().height}};
@@ -529,7 +607,6 @@ Session::Json Session::state()
     }
     state["page"] = pageState;
 
-    auto& controllers = _navigation->viewControllers();
     if (controllers.size() > 1)
         if (auto root = std::dynamic_pointer_cast<PSListController>(controllers.front())) {
             HBPreferencesReadPass pass;
@@ -542,7 +619,8 @@ Session::Json Session::state()
                                 {"value", row->key().empty() ? Json(nullptr) : toJson(root->readPreferenceValue(row))},
                                 {"index", index++},
                                 {"detail", row->detailControllerClass() ? row->detailControllerClass()->name : std::string()},
-                                {"key", row->key()}});
+                                {"key", row->key()},
+                                {"icon", row->propertyForKey("icon").isString() ? row->propertyForKey("icon").stringValue() : std::string()}});
             }
             state["root"] = rows;
         }

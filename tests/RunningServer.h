@@ -22,9 +22,9 @@ public:
     explicit RunningServer(WebServer::Options options = {})
     {
         options.port = 0;
-        options.web = std::filesystem::path(NIMBRA_RESOURCES_DIR) / "web";
-        options.icons = std::filesystem::path(NIMBRA_RESOURCES_DIR) / "icons";
-        _server = std::make_unique<WebServer>(Session::Options{.root = root.path(), .resources = NIMBRA_RESOURCES_DIR},
+        options.web = std::filesystem::path(test::resourcesDir()) / "web";
+        options.icons = std::filesystem::path(test::resourcesDir()) / "icons";
+        _server = std::make_unique<WebServer>(Session::Options{.root = root.path(), .resources = test::resourcesDir()},
                                                options);
         port = _server->bind();
         _thread = std::thread([this] { _server->run(); });

@@ -15,6 +15,20 @@ namespace fs = std::filesystem;
 
 namespace test {
 
+// The only file that knows where the source tree and the build are: the other test files compile
+// the same in every clone, so a compiler cache shares them between clones.
+const std::string& resourcesDir()
+{
+    static const std::string path = NIMBRA_RESOURCES_DIR;
+    return path;
+}
+
+const std::string& prefsExe()
+{
+    static const std::string path = NIMBRA_PREFS_EXE;
+    return path;
+}
+
 TempDir::TempDir()
     : TempDir(fs::temp_directory_path())
 {
@@ -68,7 +82,7 @@ SessionOnFreshRoot::SessionOnFreshRoot(Session::Options options)
 {
     options.root = root.path();
     if (options.resources.empty())
-        options.resources = NIMBRA_RESOURCES_DIR;
+        options.resources = resourcesDir();
     session = std::make_unique<Session>(options);
 }
 
@@ -142,7 +156,7 @@ ProgramRun runProgramWith(const std::string& program, const std::vector<std::str
 
 ProgramRun runProgram(const std::vector<std::string>& arguments, const std::string& input)
 {
-    return runProgramWith(NIMBRA_PREFS_EXE, arguments, input, {});
+    return runProgramWith(prefsExe(), arguments, input, {});
 }
 
 ProgramRun runExecutable(const std::string& program, const std::vector<std::string>& arguments, const std::vector<std::string>& environment)

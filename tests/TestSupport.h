@@ -13,6 +13,11 @@
 
 namespace test {
 
+/// The shipped resources folder of this source tree: page definitions, icons, the page application.
+const std::string& resourcesDir();
+/// The `nimbra-prefs` program of this build.
+const std::string& prefsExe();
+
 /// A fresh directory removed again at the end of the test.
 class TempDir {
 public:

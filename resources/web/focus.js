@@ -86,8 +86,8 @@ function canFocus(node) {
 /**
  * Moves focus to a page view that has just been shown: to preferred (the row that opened the page
  * or chooser just closed) when it can take it, else to the navigation bar's title, else to the
- * page's first control. Nothing when the page may not move focus now (unless force: the person
- * asked for it).
+ * page's first control (the page itself, asked by the person, when it has none). Nothing when the
+ * page may not move focus now (unless force: the person asked for it).
  */
 export function focusPage(view, preferred = null, { force = false } = {}) {
   if (!view || (!force && !mayMoveFocus())) return;
@@ -96,6 +96,12 @@ export function focusPage(view, preferred = null, { force = false } = {}) {
   if (canFocus(preferred)) target = preferred;
   else if (canFocus(title) && title.textContent && !title.classList.contains('visually-hidden')) target = title;
   else target = focusables(view.element).find(canFocus) || null;
+  // A page with nothing to focus (the root page beside the sidebar, whose rows are the sidebar's)
+  // takes focus itself when the person asked for it, so that the next Tab starts there.
+  if (!target && force && canFocus(view.element)) {
+    view.element.tabIndex = -1;
+    target = view.element;
+  }
   if (!target) return;
   target.focus({ preventScroll: target !== preferred });
   screen.focusMoves.push({ to: describe(target), page: view.page ? view.page.page : '' });

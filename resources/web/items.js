@@ -35,13 +35,16 @@ function makeGroup() {
     node.signature = signature;
     node.replaceChildren();
     if (header) {
+      // The header as the session laid it out for its width, scaled to the width it is drawn at:
+      // the whole picture shows in a wide window as on the phone.
       const frame = el('div', 'header-frame');
-      frame.style.height = `${header.height}px`;
+      const width = header.width || 375;
+      frame.style.aspectRatio = `${width} / ${header.height}`;
       if (header.image) {
         const img = el('img');
         img.alt = '';
         img.src = `/${header.image.name}.png`;
-        img.style.height = `${header.image.height}px`;
+        img.style.aspectRatio = `${width} / ${header.image.height}`;
         frame.append(img);
       }
       node.append(frame);
@@ -49,6 +52,7 @@ function makeGroup() {
       node.textContent = row.label || '';
     }
     node.classList.toggle('no-label', !header && !row.label);
+    node.classList.toggle('has-footer', Boolean(p.footerText));
     // A titled group is announced as a heading.
     if (!header && row.label) {
       node.setAttribute('role', 'heading');

@@ -51,6 +51,8 @@ export class PageView {
   update(page, state, effects) {
     this.page = page;
     this.element.dataset.page = page.page;
+    // The bundle's root page: the page the stack starts from.
+    if (state.stack.length === 1) this.element.classList.add('root-page');
     const picker = state.picker;
     this.element.classList.toggle('app-picker', Boolean(picker));
     if (picker && !this.search) this.addSearch();

@@ -3,12 +3,13 @@
 //   #/                                       the root page
 //   #/HomeScreenRoot/HomeScreenDock          each page above the root by its definition's name
 //   #/HomeScreenRoot/HomeScreenDock?choose=K  with the chooser of the list row editing key K open
+//   #/CPUInfoRoot/CPUInfoVisibility/Select-Apps  an app picker, by the words of the row that opens it
 //
 // Opening an address replays it as taps: back to the longest part of the stack that the address
-// shares, then a tap on the link row of each further page, so every page's own open logic runs
-// and the in-app Back works. A page that no link row of the page below reaches (or an unknown
-// name) stops the replay there, and the page says so. Pages passed on the way are drawn without
-// their slide; only the last one slides in.
+// shares, then a tap on the link row of each further page (or on the row that opens an app
+// picker), so every page's own open logic runs and the in-app Back works. A page that no link
+// row of the page below reaches (or an unknown name) stops the replay there, and the page says so.
+// Pages passed on the way are drawn without their slide; only the last one slides in.
 //
 // Every page the person reaches is a history entry of its own, however it was reached (a link
 // row, a search result, the sidebar, a deep link): the browser's Back and Forward move along the
@@ -53,7 +54,7 @@ function addressFrom(parts, choose = '') {
 /** The names of the pages of the stack above the root. */
 function stackParts(state = screen.state) {
   const stack = (state && state.stack) || [];
-  return stack.slice(1).map((entry) => names[entry.class] || entry.class);
+  return stack.slice(1).map((entry) => entry.picker || names[entry.class] || entry.class);
 }
 
 /** The address of what the screen shows now. */
@@ -89,26 +90,30 @@ export function followStack() {
   else history.replaceState({ nimbra: true }, '', address);
 }
 
-/** Says that an address could not be opened all the way, and records it for whoever looks. */
-function cannotReach(name, from) {
+/**
+ * Says that an address could not be opened all the way, and records it for whoever looks; a quiet
+ * opening only records it (its caller says why in its own words).
+ */
+function cannotReach(name, from, quiet = false) {
   const message = `\u201c${name}\u201d cannot be opened from ${from || 'this page'}; this is as far as the address goes.`;
   screen.unreachable = { name, from, message };
-  toast(message);
+  if (!quiet) toast(message);
 }
 
 /**
  * Opens the stack an address names (a function answering it is asked when the opening starts, so
  * that the latest of several Back presses wins), as taps on link rows from the longest shared part
- * of the stack. With record, each page pushed is a history entry of its own. Resolves once the
- * stack is there (or as far as it goes).
+ * of the stack. With record, each page pushed is a history entry of its own; with quiet, an address
+ * that goes only part of the way is recorded in screen.unreachable without a message. Resolves
+ * once the stack is there (or as far as it goes).
  */
-export function openAddress(hash, { record = false } = {}) {
-  const run = openings.then(() => open(typeof hash === 'function' ? hash() : hash, record));
+export function openAddress(hash, { record = false, quiet = false } = {}) {
+  const run = openings.then(() => open(typeof hash === 'function' ? hash() : hash, record, quiet));
   openings = run.catch((error) => console.error(error));
   return run;
 }
 
-async function open(hash, record) {
+async function open(hash, record, quiet = false) {
   const target = parseAddress(hash);
   replaying = true;
   screen.unreachable = null;
@@ -134,9 +139,10 @@ async function open(hash, record) {
     for (let at = common; at < target.parts.length; at++) {
       const page = screen.state && screen.state.page;
       const name = target.parts[at];
-      const link = page && page.rows.find((row) => row.enabled && row.properties && names[row.properties.detail] === name);
+      // A page by the link row that opens it; an app picker by the row that opens it (its name).
+      const link = page && page.rows.find((row) => row.enabled && ((row.properties && names[row.properties.detail] === name) || row.picker === name));
       if (!link) {
-        cannotReach(name, page && page.title);
+        cannotReach(name, page && page.title, quiet);
         return;
       }
       markOpener(link);
@@ -144,7 +150,7 @@ async function open(hash, record) {
       const result = await act('/api/tap', { index: link.index });
       if (result.refused) return; // something was presented meanwhile: the stack stays under it
       if (!result.ok || stackParts().length !== at + 1) {
-        cannotReach(name, page && page.title);
+        cannotReach(name, page && page.title, quiet);
         return;
       }
       if (record) pushEntry();

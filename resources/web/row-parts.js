@@ -4,8 +4,24 @@ import { act } from './api.js';
 import { el } from './dom.js';
 import { screen } from './screen.js';
 
-/** Adds the label column (title, and the subtitle under it) to node; answers its update(row). */
+/**
+ * The picture a row's definition names as its "icon" (an image of the bundle, "icons/GroupCPUInfo"),
+ * before its label. It only adorns the label beside it: a screen reader passes over it.
+ */
+export function rowIcon(name) {
+  const icon = el('img', 'row-icon');
+  icon.alt = '';
+  icon.src = `/${name}.svg`;
+  icon.width = icon.height = 29;
+  return icon;
+}
+
+/**
+ * Adds the label column (title, and the subtitle under it) to node, after the row's icon when its
+ * definition names one; answers its update(row).
+ */
 export function labelColumn(node) {
+  let icon = null;
   const main = el('div', 'cell-main');
   const label = el('div', 'cell-label');
   const subtitle = el('div', 'cell-subtitle');
@@ -16,6 +32,17 @@ export function labelColumn(node) {
   node.body.append(main, document.createTextNode(' '));
   node.subtitle = subtitle;
   return (row) => {
+    const name = (row.properties && row.properties.icon) || '';
+    if (name && (!icon || icon.dataset.name !== name)) {
+      const next = rowIcon(name);
+      next.dataset.name = name;
+      if (icon) icon.replaceWith(next);
+      else main.before(next);
+      icon = next;
+    } else if (!name && icon) {
+      icon.remove();
+      icon = null;
+    }
     label.textContent = row.label || '';
     subtitle.textContent = row.subtitle || '';
   };

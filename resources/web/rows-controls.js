@@ -2,8 +2,10 @@
 // a label shows it as a title line above the control; every control is named for screen readers
 // by its row's label, else by its group's header.
 
+import { DateFormatError, formatDate, systemTime } from './date-format.js';
 import { el } from './dom.js';
 import { controlName, controlTitle, labelColumn, setValue } from './row-parts.js';
+import { screen } from './screen.js';
 import { formatNumber, sameValue } from './values.js';
 
 const ARROWS = { ArrowRight: 1, ArrowDown: 1, ArrowLeft: -1, ArrowUp: -1 };
@@ -122,11 +124,17 @@ export const CONTROL_ROWS = {
     };
   },
 
+  /**
+   * A text field; one whose row takes a date format ("dateFormat" in its definition) shows under it
+   * what the format gives now, as the person types, or why it is not a format.
+   */
   'edit-text'(node) {
     const labels = labelColumn(node);
     const input = el('input');
     node.body.append(input);
+    let preview = null;
     input.addEventListener('change', () => setValue(node, input.value));
+    input.addEventListener('input', () => preview && preview.refresh());
     input.addEventListener('keydown', (event) => {
       if (event.key === 'Enter') input.blur();
     });
@@ -139,6 +147,53 @@ export const CONTROL_ROWS = {
       input.value = row.value === undefined || row.value === null ? '' : String(row.value);
       input.disabled = !row.enabled;
       input.setAttribute('aria-label', controlName(node, p.placeholder || 'Text'));
+      if (p.dateFormat === true && !preview) {
+        preview = formatPreview(input, `preview-${row.uid}`);
+        node.append(preview.element);
+        input.setAttribute('aria-describedby', preview.element.id);
+      }
+      if (preview) preview.refresh();
     };
   },
 };
+
+/** The previews shown, refreshed every second while any is in the document. */
+const previews = new Set();
+let ticking = null;
+
+/** What a date format field's text gives for the time now: "9:41", or why it gives nothing. */
+function formatPreview(input, id) {
+  const element = el('div', 'format-preview');
+  element.id = id;
+  element.setAttribute('aria-live', 'polite');
+  const refresh = () => {
+    const pattern = input.value;
+    let text;
+    let invalid = false;
+    try {
+      text = pattern === '' ? `Empty: the system\u2019s format, ${systemTime()}` : `Shows \u201c${formatDate(pattern)}\u201d`;
+    } catch (error) {
+      if (!(error instanceof DateFormatError)) throw error;
+      invalid = true;
+      text = `Not a date format: ${error.message}. Put other words in quotes ('Week').`;
+    }
+    element.classList.toggle('invalid', invalid);
+    if (element.textContent !== text) element.textContent = text;
+    screen.formatPreviews[id] = { pattern, text, invalid };
+  };
+  const preview = { element, refresh };
+  previews.add(preview);
+  if (!ticking) ticking = setInterval(tick, 1000);
+  return preview;
+}
+
+function tick() {
+  for (const preview of previews) {
+    if (preview.element.isConnected) preview.refresh();
+    else previews.delete(preview);
+  }
+  if (!previews.size) {
+    clearInterval(ticking);
+    ticking = null;
+  }
+}

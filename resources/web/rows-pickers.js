@@ -94,9 +94,9 @@ export const PICKER_ROWS = {
   },
 
   /**
-   * An app of an app picker: its icon (initials on a colour of its own), its name, and the switch
-   * (or, choosing one app, the check mark) showing whether it is chosen. The row itself is the
-   * switch: a tap, Enter or Space flips it.
+   * An app of an app picker: its icon (initials on a colour of its own), its name over its bundle
+   * identifier, and the switch (or, choosing one app, the check mark) showing whether it is
+   * chosen. The row itself is the switch: a tap, Enter or Space flips it.
    */
   app(node) {
     const icon = el('div', 'app-icon');
@@ -112,9 +112,11 @@ export const PICKER_ROWS = {
     });
     node.update = (row, picker) => {
       const bundle = row.properties.bundleIdentifier;
-      labels({ label: row.label || bundle });
+      // The app's name first; its bundle identifier under it, smaller.
+      labels({ label: row.label || bundle, subtitle: row.label ? bundle : '' });
       icon.dataset.initials = initials(row.label || bundle);
-      icon.style.background = `hsl(${hash(bundle) % 360}, 55%, 38%)`;
+      const hue = hash(bundle) % 360;
+      icon.style.background = `linear-gradient(hsl(${hue}, 58%, 44%), hsl(${hue}, 62%, 32%))`;
       const single = picker && picker.maxEnabled === 1;
       node.setAttribute('role', single ? 'radio' : 'switch');
       node.setAttribute('aria-label', row.label || bundle);

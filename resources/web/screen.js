@@ -46,6 +46,8 @@ export const screen = {
   /** How many looks at the stored files were asked for, and the last one done. */
   staleLooks: 0,
   staleChecks: 0,
+  /** Each date format field's preview as last drawn, by its element's id: {pattern, text, invalid}. */
+  formatPreviews: {},
   /** When the last answer was drawn (performance.now()). */
   drawnAt: 0,
   /** Whether the tab has opened the address it was given; until then its stack may still move. */

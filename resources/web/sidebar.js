@@ -8,6 +8,7 @@
 import { act } from './api.js';
 import { $, el } from './dom.js';
 import { rovingFocus } from './focus.js';
+import { rowIcon } from './row-parts.js';
 import { addressOf, openAddress } from './routes.js';
 import { screen } from './screen.js';
 
@@ -24,6 +25,7 @@ async function onRoot() {
 function rowButton(row, selected) {
   const button = el('button', 'sidebar-row');
   button.type = 'button';
+  if (row.icon) button.append(rowIcon(row.icon));
   button.append(el('span', 'sidebar-label', row.label || ''));
   button.classList.toggle('selected', selected);
   if (selected) button.setAttribute('aria-current', 'page');
@@ -36,7 +38,7 @@ function rowButton(row, selected) {
 function rowsOf(state) {
   if (state && state.stack && state.stack.length === 1 && state.page) {
     return state.page.rows.map(({ label, cell, enabled, value, index, properties }) => ({
-      label, cell, enabled, value, index, detail: properties.detail || '', key: properties.key || '',
+      label, cell, enabled, value, index, detail: properties.detail || '', key: properties.key || '', icon: properties.icon || '',
     }));
   }
   if (state && Array.isArray(state.root)) return state.root;

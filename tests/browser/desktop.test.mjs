@@ -47,7 +47,8 @@ test('the browser\'s Back and Forward move along the stack, and a deep link\'s B
   const server = await enabledServer();
   try {
     const page = await openTab(server);
-    await page.locator('.page.current .cell', { hasText: 'Home Screen' }).first().click();
+    // Beside the sidebar, the root page's links are the sidebar's rows.
+    await page.locator('#sidebar .sidebar-row', { hasText: 'Home Screen' }).first().click();
     await waitForStack(page, [ROOT, HOME]);
     await page.locator('.page.current .cell', { hasText: 'Dock' }).first().click();
     await waitForStack(page, [ROOT, HOME, DOCK]);

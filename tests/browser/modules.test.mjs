@@ -155,6 +155,7 @@ test('a reload revalidates every file of the page with a 304 and no body', async
     const again = await rawRequest(server.port, { path: file, headers: { ...host, 'If-None-Match': tag } });
     assert.equal(again.status, 304, file);
     assert.equal(again.text, '', file);
+    assert.equal(again.headers['content-length'], undefined, `${file}: a 304 names no length`);
     assert.equal(again.headers.etag, tag, file);
     const weak = await rawRequest(server.port, { path: file, headers: { ...host, 'If-None-Match': `"0000000000000000", W/${tag}` } });
     assert.equal(weak.status, 304, file);

@@ -123,7 +123,7 @@ TEST_F(RootPageTest, BeforeAnyHeaderLayoutAnyOffsetShowsTheTitle)
 {
     HBPreferences::preferencesForIdentifier("com.veltram.nimbraprefs")->setObject(PlistValue(true), "nimbraEnabled");
     // The same page without its header row: nothing ever lays a header out.
-    auto root = PropertyListSerialization::propertyListWithData(test::readFile(std::filesystem::path(NIMBRA_RESOURCES_DIR) / "Root.plist"));
+    auto root = PropertyListSerialization::propertyListWithData(test::readFile(std::filesystem::path(test::resourcesDir()) / "Root.plist"));
     ASSERT_TRUE(root);
     PlistDictionary definition = root->dictionaryValue();
     PlistArray items;

@@ -57,7 +57,7 @@ struct FilledRoot {
         test::writeFile(test::under(root.path(), kPreferences + "com.veltram.nimbraprefs.system.apps.plist"),
                         plistBytes(PlistValue(PlistDictionary{{"darkApps", PlistValue(PlistArray{"com.apple.mobilesafari", "com.apple.Music"})}})));
         test::writeFile(test::under(root.path(), kPictures + "ControlCenterBackgroundLight.png"),
-                        test::readFile(fs::path(NIMBRA_RESOURCES_DIR) / "icons/NIMRootIcon.png"));
+                        test::readFile(fs::path(test::resourcesDir()) / "icons/NIMRootIcon.png"));
         test::writeFile(test::under(root.path(), kPreferences + "com.example.other.plist"),
                         plistBytes(PlistValue(PlistDictionary{{"theirs", PlistValue(true)}})));
     }

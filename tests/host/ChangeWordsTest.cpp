@@ -17,8 +17,8 @@ using Json = nlohmann::ordered_json;
 
 const ChangeWords& words()
 {
-    static SearchIndex index(NIMBRA_RESOURCES_DIR);
-    static ChangeWords described(index, NIMBRA_RESOURCES_DIR);
+    static SearchIndex index(test::resourcesDir());
+    static ChangeWords described(index, test::resourcesDir());
     return described;
 }
 
@@ -92,13 +92,13 @@ TEST(ChangeWords, APictureIsNamedByItsRow)
 
 TEST(ChangeWords, EveryStoredRowOfEveryReachedPageHasItsOwnWords)
 {
-    SearchIndex index(NIMBRA_RESOURCES_DIR);
+    SearchIndex index(test::resourcesDir());
     std::set<std::string> pages;
     std::size_t rows = 0;
     for (auto& entry : index.entries()) {
         if (!pages.insert(entry.page).second)
             continue;
-        auto loaded = PSPageDefinition::read(NIMBRA_RESOURCES_DIR, NIMPageCatalog::find(entry.page)->description().definition);
+        auto loaded = PSPageDefinition::read(test::resourcesDir(), NIMPageCatalog::find(entry.page)->description().definition);
         ASSERT_TRUE(loaded.definition) << entry.page;
         for (auto& item : loaded.definition->items()) {
             PlistValue row(*item);

@@ -22,7 +22,7 @@ struct LintRun {
 
 LintRun lint(const fs::path& resources)
 {
-    std::string command = "NIMBRA_RESOURCES='" + resources.string() + "' '" NIMBRA_PREFS_EXE "' lint --strict 2>&1";
+    std::string command = "NIMBRA_RESOURCES='" + resources.string() + "' '" + test::prefsExe() + "' lint --strict 2>&1";
     FILE* pipe = ::popen(command.c_str(), "r");
     std::string output;
     char buffer[4096];
@@ -45,7 +45,7 @@ void edit(const fs::path& file, const std::function<void(PlistArray&)>& change)
 
 TEST(Lint, EveryPageOfTheBundlePassesStrictly)
 {
-    auto run = lint(NIMBRA_RESOURCES_DIR);
+    auto run = lint(test::resourcesDir());
     EXPECT_EQ(run.status, 0) << run.output;
     EXPECT_NE(run.output.find(", 0 problems"), std::string::npos) << run.output;
 }
@@ -53,7 +53,7 @@ TEST(Lint, EveryPageOfTheBundlePassesStrictly)
 TEST(Lint, AMissingChildAWrongRoleAndAStrayDomainAreNamed)
 {
     test::TempDir resources;
-    fs::copy(NIMBRA_RESOURCES_DIR, resources.path(), fs::copy_options::recursive);
+    fs::copy(test::resourcesDir(), resources.path(), fs::copy_options::recursive);
     edit(resources / "pages/Modules/CPUInfoRoot.plist", [](PlistArray& items) {
         std::erase_if(items, [](auto& item) { return item["id"].stringValue() == "topLevelChild14"; });
     });
@@ -89,7 +89,7 @@ TEST(Lint, AMissingChildAWrongRoleAndAStrayDomainAreNamed)
 TEST(Lint, StrictlyAUserMustBeAbleToReadEveryRow)
 {
     test::TempDir resources;
-    fs::copy(NIMBRA_RESOURCES_DIR, resources.path(), fs::copy_options::recursive);
+    fs::copy(test::resourcesDir(), resources.path(), fs::copy_options::recursive);
     auto change = [](PlistArray& items, const std::string& id, const std::string& key, PlistValue value) {
         for (auto& item : items)
             if (item["id"].stringValue() == id) {
@@ -131,7 +131,7 @@ TEST(Lint, StrictlyAUserMustBeAbleToReadEveryRow)
 TEST(Lint, ADefinitionWithAnItemThatIsNotADictionaryIsRefusedByOpenLintAndSearchAlike)
 {
     test::TempDir resources;
-    fs::copy(NIMBRA_RESOURCES_DIR, resources.path(), fs::copy_options::recursive);
+    fs::copy(test::resourcesDir(), resources.path(), fs::copy_options::recursive);
     edit(resources / "pages/SpringBoard/HomeScreenDock.plist", [](PlistArray& items) { items.insert(items.begin() + 1, PlistValue("not a row")); });
     const std::string refusal = "page definition \"pages/SpringBoard/HomeScreenDock.plist\": item 1 is not a dictionary";
 
@@ -152,12 +152,12 @@ TEST(Lint, ADefinitionWithAnItemThatIsNotADictionaryIsRefusedByOpenLintAndSearch
         return output;
     };
     test::TempDir root;
-    std::string opened = capture(env + "'" NIMBRA_PREFS_EXE "' --root '" + root.path().string() +
+    std::string opened = capture(env + "'" + test::prefsExe() + "' --root '" + root.path().string() +
                                  "' script 2>&1 <<'END'\nopen NIMHomeScreenDockPrefsListController\nshow\nEND\n");
     EXPECT_NE(opened.find(refusal), std::string::npos) << opened;
     EXPECT_NE(opened.find("{\"page\":\"NIMHomeScreenDockPrefsListController\",\"ids\":[]}"), std::string::npos) << opened;
 
-    std::string found = capture(env + "'" NIMBRA_PREFS_EXE "' search Dock 2>&1");
+    std::string found = capture(env + "'" + test::prefsExe() + "' search Dock 2>&1");
     EXPECT_EQ(found.find("NIMHomeScreenDockPrefsListController"), std::string::npos) << "search leaves the refused page out\n" << found;
     EXPECT_NE(found.find("\"page\":\"NIMHomeScreenRootPrefsListController\""), std::string::npos)
         << "the link to it is still found\n" << found;
@@ -166,7 +166,7 @@ TEST(Lint, ADefinitionWithAnItemThatIsNotADictionaryIsRefusedByOpenLintAndSearch
 TEST(Lint, StrictlyASwitchShowsWhatAnAbsentKeyReads)
 {
     test::TempDir resources;
-    fs::copy(NIMBRA_RESOURCES_DIR, resources.path(), fs::copy_options::recursive);
+    fs::copy(test::resourcesDir(), resources.path(), fs::copy_options::recursive);
     // "Show in Apps" reads NO when nothing is stored; the Tovin title's show key reads YES.
     edit(resources / "pages/Modules/CPUInfoVisibility.plist", [](PlistArray& items) {
         for (auto& item : items)

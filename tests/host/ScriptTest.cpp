@@ -131,7 +131,7 @@ TEST(Script, ACorruptPreferenceFileIsKeptAsideNotLost)
 TEST(Script, TheShippedTourRunsToItsEnd)
 {
     test::TempDir root;
-    auto run = test::runScript({"--root", root.path().string()}, test::readFile(std::filesystem::path(NIMBRA_RESOURCES_DIR) / "tour.nps"));
+    auto run = test::runScript({"--root", root.path().string()}, test::readFile(std::filesystem::path(test::resourcesDir()) / "tour.nps"));
     EXPECT_EQ(run.status, 0) << run.errors << (run.lines.empty() ? "" : run.lines.back().dump());
     ASSERT_FALSE(run.lines.empty());
     EXPECT_EQ(run.lines.back()["value"]["lpmColorEnabled"], true);

@@ -34,7 +34,7 @@ const nlohmann::json* findResult(const std::vector<nlohmann::json>& results, con
 
 TEST(Search, EveryPageIsReachedFromTheRootWithItsPathAndAddress)
 {
-    SearchIndex index(NIMBRA_RESOURCES_DIR);
+    SearchIndex index(test::resourcesDir());
     std::set<std::string> pages;
     for (auto& entry : index.entries()) {
         pages.insert(entry.page);
@@ -47,7 +47,7 @@ TEST(Search, EveryPageIsReachedFromTheRootWithItsPathAndAddress)
     std::set<std::string> registered;
     for (auto& page : NIMPageCatalog::all())
         // Pages the tests register for themselves have no shipped definition.
-        if (std::filesystem::exists(std::filesystem::path(NIMBRA_RESOURCES_DIR) / (page.description().definition + ".plist")))
+        if (std::filesystem::exists(std::filesystem::path(test::resourcesDir()) / (page.description().definition + ".plist")))
             registered.insert(page.className);
     std::vector<std::string> unreached;
     std::set_difference(registered.begin(), registered.end(), pages.begin(), pages.end(), std::back_inserter(unreached));
@@ -97,7 +97,7 @@ TEST(Search, ANestedRowNamesEveryConditionWithTheListsTitles)
 {
     // Battery Line: the nested children need the master switch on and the style not to be the
     // one choice that hides them.
-    SearchIndex index(NIMBRA_RESOURCES_DIR);
+    SearchIndex index(test::resourcesDir());
     const SearchIndex::Entry* nested = nullptr;
     for (auto& entry : index.entries())
         if (entry.page == "NIMBatteryLineRootPrefsListController" && entry.id == "topLevelChild2Child1")

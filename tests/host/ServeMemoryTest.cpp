@@ -29,7 +29,7 @@ public:
             ::dup2(out[1], 1);
             ::close(out[0]);
             ::close(out[1]);
-            std::string exe = NIMBRA_PREFS_EXE, rootArg = root.string();
+            std::string exe = test::prefsExe(), rootArg = root.string();
             ::execl(exe.c_str(), exe.c_str(), "--root", rootArg.c_str(), "serve", "--port", "0", static_cast<char*>(nullptr));
             ::_exit(127);
         }

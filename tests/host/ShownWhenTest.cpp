@@ -19,7 +19,7 @@ namespace {
 
 const ShownWhen& probed()
 {
-    static const ShownWhen table = ShownWhen::probeAll(NIMBRA_RESOURCES_DIR);
+    static const ShownWhen table = ShownWhen::probeAll(test::resourcesDir());
     return table;
 }
 
@@ -38,7 +38,7 @@ TEST(ShownWhen, EveryConditionSaysWhatThePageShowsForAnyValues)
     const ShownWhen& table = probed();
     ASSERT_GT(table.pages().size(), 100u);
     test::TempDir root(test::memoryTempParent());
-    Session session({.root = root.path(), .resources = NIMBRA_RESOURCES_DIR});
+    Session session({.root = root.path(), .resources = test::resourcesDir()});
     session.open("NIMRootListController");
     std::mt19937_64 random(7);
     std::size_t checked = 0;
@@ -78,7 +78,7 @@ TEST(ShownWhen, EveryConditionSaysWhatThePageShowsForAnyValues)
 
 TEST(ShownWhen, TheBuildKeepsWhatAFreshProbeFindsBesideTheProgram)
 {
-    std::string kept = test::readFile(std::string(NIMBRA_PREFS_EXE) + ".shown-when.json");
+    std::string kept = test::readFile(test::prefsExe() + ".shown-when.json");
     ASSERT_FALSE(kept.empty()) << "the build writes the table beside the program";
     auto fresh = test::runProgram({"shown-when"});
     ASSERT_EQ(fresh.status, 0) << fresh.errors;
@@ -86,7 +86,7 @@ TEST(ShownWhen, TheBuildKeepsWhatAFreshProbeFindsBesideTheProgram)
     // In-process, the same pages give the same conditions (this process also has pages of the
     // tests' own, without definitions among the resources).
     auto table = nlohmann::json::parse(kept);
-    auto probedHere = nlohmann::json::parse(probed().save(NIMBRA_RESOURCES_DIR));
+    auto probedHere = nlohmann::json::parse(probed().save(test::resourcesDir()));
     EXPECT_EQ(table["resources"], probedHere["resources"]);
     EXPECT_GT(table["pages"].size(), 100u);
     for (auto& [page, conditions] : table["pages"].items())
@@ -99,7 +99,7 @@ TEST(ShownWhen, SearchReadsTheTableOnlyWhenItFitsTheProgramAndThePages)
     // search that shows the new name read the table.
     test::TempDir folder;
     fs::path program = folder / "nimbra-prefs", table = folder / "nimbra-prefs.shown-when.json";
-    fs::copy_file(NIMBRA_PREFS_EXE, program);
+    fs::copy_file(test::prefsExe(), program);
     auto made = test::runExecutable(program.string(), {"shown-when", table.string()});
     ASSERT_EQ(made.status, 0) << made.errors;
     auto json = nlohmann::json::parse(test::readFile(table));
@@ -121,13 +121,13 @@ TEST(ShownWhen, SearchReadsTheTableOnlyWhenItFitsTheProgramAndThePages)
 
     // The same table beside page definitions that changed since is not used: the pages are opened.
     test::TempDir resources;
-    fs::copy(NIMBRA_RESOURCES_DIR, resources.path(), fs::copy_options::recursive);
+    fs::copy(test::resourcesDir(), resources.path(), fs::copy_options::recursive);
     fs::path dock = resources / "pages/SpringBoard/HomeScreenDock.plist";
     test::writeFile(dock, test::readFile(dock) + "\n");
     EXPECT_EQ(positionOf({"NIMBRA_RESOURCES=" + resources.path().string()}), "appears when Show Percentage is on");
 
     // Nor is a table another program made (this copy changed since), nor one that is no table.
-    test::writeFile(program.string() + ".shown-when.json", test::readFile(std::string(NIMBRA_PREFS_EXE) + ".shown-when.json"));
+    test::writeFile(program.string() + ".shown-when.json", test::readFile(test::prefsExe() + ".shown-when.json"));
     EXPECT_EQ(positionOf({}), "appears when Show Percentage is on");
     test::writeFile(table, "[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[{");
     EXPECT_EQ(positionOf({}), "appears when Show Percentage is on");

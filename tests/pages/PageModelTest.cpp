@@ -251,7 +251,7 @@ public:
     {
         Session::Options options;
         options.root = _root.path();
-        options.resources = NIMBRA_RESOURCES_DIR;
+        options.resources = test::resourcesDir();
         _session = std::make_unique<Session>(options);
         _session->open("NIMRootListController");
         _fullList = fullList();
@@ -475,7 +475,7 @@ TEST_P(PageModel_, EveryStepKeepsTheShownRowsTrue)
     PageModel model;
     {
         test::TempDir scratch(test::memoryTempParent());
-        Session reader({.root = scratch.path(), .resources = NIMBRA_RESOURCES_DIR});
+        Session reader({.root = scratch.path(), .resources = test::resourcesDir()});
         model = modelOf(*entry);
     }
     run = std::make_unique<PageModelRun>(model);

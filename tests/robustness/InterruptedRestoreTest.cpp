@@ -106,7 +106,7 @@ pid_t startImport(const fs::path& root, const fs::path& backup)
         int null = ::open("/dev/null", O_RDWR);
         ::dup2(null, 1);
         ::dup2(null, 2);
-        std::string exe = NIMBRA_PREFS_EXE, rootFlag = "--root", rootText = root.string(), command = "import",
+        std::string exe = test::prefsExe(), rootFlag = "--root", rootText = root.string(), command = "import",
                     file = backup.string();
         char* argv[] = {exe.data(), rootFlag.data(), rootText.data(), command.data(), file.data(), nullptr};
         ::execv(argv[0], argv);

@@ -32,7 +32,7 @@ pid_t startScript(const fs::path& root, const fs::path& script)
         int null = ::open("/dev/null", O_RDWR);
         ::dup2(null, 1);
         ::dup2(null, 2);
-        std::string exe = NIMBRA_PREFS_EXE, rootText = root.string(), scriptText = script.string();
+        std::string exe = test::prefsExe(), rootText = root.string(), scriptText = script.string();
         std::string rootFlag = "--root", command = "script";
         char* argv[] = {exe.data(), rootFlag.data(), rootText.data(), command.data(), scriptText.data(), nullptr};
         ::execv(argv[0], argv);

@@ -289,7 +289,7 @@ TEST(ServeHardening, ATakenPortIsRefused)
     RunningServer first;
     WebServer::Options options;
     options.port = first.port;
-    WebServer second(Session::Options{.root = first.root.path(), .resources = NIMBRA_RESOURCES_DIR}, options);
+    WebServer second(Session::Options{.root = first.root.path(), .resources = test::resourcesDir()}, options);
     try {
         second.bind();
         FAIL() << "a second server shared the port " << first.port;
