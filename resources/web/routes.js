@@ -90,26 +90,30 @@ export function followStack() {
   else history.replaceState({ nimbra: true }, '', address);
 }
 
-/** Says that an address could not be opened all the way, and records it for whoever looks. */
-function cannotReach(name, from) {
+/**
+ * Says that an address could not be opened all the way, and records it for whoever looks; a quiet
+ * opening only records it (its caller says why in its own words).
+ */
+function cannotReach(name, from, quiet = false) {
   const message = `\u201c${name}\u201d cannot be opened from ${from || 'this page'}; this is as far as the address goes.`;
   screen.unreachable = { name, from, message };
-  toast(message);
+  if (!quiet) toast(message);
 }
 
 /**
  * Opens the stack an address names (a function answering it is asked when the opening starts, so
  * that the latest of several Back presses wins), as taps on link rows from the longest shared part
- * of the stack. With record, each page pushed is a history entry of its own. Resolves once the
- * stack is there (or as far as it goes).
+ * of the stack. With record, each page pushed is a history entry of its own; with quiet, an address
+ * that goes only part of the way is recorded in screen.unreachable without a message. Resolves
+ * once the stack is there (or as far as it goes).
  */
-export function openAddress(hash, { record = false } = {}) {
-  const run = openings.then(() => open(typeof hash === 'function' ? hash() : hash, record));
+export function openAddress(hash, { record = false, quiet = false } = {}) {
+  const run = openings.then(() => open(typeof hash === 'function' ? hash() : hash, record, quiet));
   openings = run.catch((error) => console.error(error));
   return run;
 }
 
-async function open(hash, record) {
+async function open(hash, record, quiet = false) {
   const target = parseAddress(hash);
   replaying = true;
   screen.unreachable = null;
@@ -138,7 +142,7 @@ async function open(hash, record) {
       // A page by the link row that opens it; an app picker by the row that opens it (its name).
       const link = page && page.rows.find((row) => row.enabled && ((row.properties && names[row.properties.detail] === name) || row.picker === name));
       if (!link) {
-        cannotReach(name, page && page.title);
+        cannotReach(name, page && page.title, quiet);
         return;
       }
       markOpener(link);
@@ -146,7 +150,7 @@ async function open(hash, record) {
       const result = await act('/api/tap', { index: link.index });
       if (result.refused) return; // something was presented meanwhile: the stack stays under it
       if (!result.ok || stackParts().length !== at + 1) {
-        cannotReach(name, page && page.title);
+        cannotReach(name, page && page.title, quiet);
         return;
       }
       if (record) pushEntry();

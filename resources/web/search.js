@@ -1,14 +1,17 @@
 // Search across every page: the field on top of the sidebar asks the server's index as the person
 // types, lists each row found with the path to its page (and, for a row its page may hide, what
-// shows it), and opens a result: the page's address (see routes.js), then the row scrolled into
-// view, briefly highlighted and focused. The results are one list for the keyboard: Down from the
+// shows it; for a page behind switches on the way, which), and opens a result: the page's address
+// (see routes.js), then the row scrolled into view, briefly highlighted and focused. When a switch
+// on the way keeps the page closed, the result opens as deep as it goes and that switch is
+// highlighted instead, with what it needs said in the rows' own words. The results are one list for the keyboard: Down from the
 // field enters it, the arrow keys move through it, Up from the first result returns to the field,
 // Enter opens the result focused (Enter in the field, the first).
 
 import { request } from './api.js';
 import { $, el, tappable } from './dom.js';
 import { focusPage, rovingFocus } from './focus.js';
-import { openAddress } from './routes.js';
+import { toast } from './messages.js';
+import { currentAddress, openAddress, parseAddress } from './routes.js';
 import { closeSidebar } from './sidebar.js';
 import { screen } from './screen.js';
 
@@ -45,6 +48,7 @@ async function find() {
     const row = el('div', 'sidebar-row search-result');
     row.append(el('span', 'result-label', found.label), el('span', 'result-path', found.path));
     if (found.shownWhen) row.append(el('span', 'result-shown', found.shownWhen));
+    if (found.needs) row.append(el('span', 'result-shown result-needs', found.needs));
     tappable(row, () => openResult(found));
     row.setAttribute('role', 'option');
     row.setAttribute('aria-selected', 'false');
@@ -69,13 +73,46 @@ function highlight(found) {
   const nodes = [...view.table.children];
   const node = (found.id && nodes.find((candidate) => candidate.dataset.id === found.id)) ||
     nodes.find((candidate) => candidate.textContent.includes(found.label));
-  if (!node) return false;
+  return node ? glow(node) : false;
+}
+
+/** Scrolls a node into view and makes it glow for a moment; answers it. */
+function glow(node) {
   node.scrollIntoView({ block: 'center' });
   node.classList.remove('search-highlight');
   void node.offsetWidth; // restart the glow
   node.classList.add('search-highlight');
   setTimeout(() => node.classList.remove('search-highlight'), HIGHLIGHT_MS);
   return node;
+}
+
+/** Whether a row's value is one of values (a switch's YES is 1, as the pages read it). */
+function holdsOneOf(value, values) {
+  const number = (v) => (typeof v === 'boolean' ? Number(v) : v);
+  return values.some((wanted) => number(wanted) === number(value === undefined || value === null ? false : value));
+}
+
+/**
+ * Of the rows a result needs, the one on the page reached that keeps the way closed: the first
+ * shown there whose value does not show the link, else the first shown there. Null when none is.
+ */
+function blockingNeed(found) {
+  const page = screen.state && screen.state.page;
+  if (!page) return null;
+  const route = parseAddress(currentAddress()).parts.join('/');
+  const here = [];
+  for (const need of found.needsRows || []) {
+    if (need.route !== route) continue;
+    const row = page.rows.find((candidate) => candidate.properties && (need.id ? candidate.properties.id === need.id : candidate.properties.key === need.key));
+    if (row) here.push({ need, row });
+  }
+  return here.find(({ need, row }) => !holdsOneOf(row.value, need.values)) || here[0] || null;
+}
+
+/** The sidebar's copy of a root page row (the desktop shows the root's rows there), when shown. */
+function sidebarCopy(row) {
+  const node = document.querySelector(`#sidebar-rows .sidebar-row[data-index="${row.index}"]`);
+  return node && node.getClientRects().length ? node : null;
 }
 
 /** The control of a row's item that focus goes to: the row itself, else its first control. */
@@ -90,9 +127,36 @@ function focusTarget(node) {
  */
 export async function openResult(found) {
   closeSidebar(false);
-  await openAddress(`#/${found.route}`, { record: true });
-  const node = !screen.unreachable && highlight(found);
-  screen.highlighted = node ? { page: found.page, id: found.id, label: found.label } : null;
+  const behindSwitches = Boolean(found.needsRows && found.needsRows.length);
+  await openAddress(`#/${found.route}`, { record: true, quiet: behindSwitches });
+  let node = null;
+  if (!screen.unreachable) {
+    node = highlight(found);
+    screen.highlighted = node ? { page: found.page, id: found.id, label: found.label } : null;
+  } else if (behindSwitches) {
+    // As deep as the way goes: the switch that closes it, in the words the rows show.
+    const blocking = blockingNeed(found);
+    const need = blocking && blocking.need;
+    const message = need
+      ? `\u201c${found.label}\u201d appears once ${need.condition}.`
+      : `\u201c${found.label}\u201d ${found.needs}.`;
+    screen.unreachable.message = message;
+    toast(message);
+    node = need && highlight({ id: need.id, label: need.label });
+    if (node && !node.getClientRects().length) node = null;
+    // A root page row the page does not show is in the sidebar.
+    const side = need && !node && sidebarCopy(blocking.row);
+    if (side) {
+      glow(side);
+      side.focus();
+    }
+    screen.highlighted = node || side
+      ? { page: need.page, id: need.id, label: need.label, blocking: true, result: found.label, inSidebar: Boolean(side) }
+      : null;
+    if (side) return;
+  } else {
+    screen.highlighted = null;
+  }
   const view = screen.pages.get(screen.stack[screen.stack.length - 1]);
   focusPage(view, node ? focusTarget(node) : null, { force: true });
 }
