@@ -336,14 +336,6 @@ private:
         const ObjCClass* cls = ObjCRuntime::registeredClassNamed(detail);
         if (cls && ObjCRuntime::isSubclass(*cls, "PSListController"))
             return;
-        if (!cls && detail.starts_with("NIM") && detail.ends_with("ListController")) {
-            ++_result.pending;
-            if (_strict)
-                problem(describe(i) + " opens " + detail + ", which is not available yet");
-            else
-                _out << "pending: " << _entry.className << ": " << describe(i) << " opens " << detail << ", not available yet\n";
-            return;
-        }
         problem(describe(i) + " opens \"" + detail + "\", which is no page controller");
     }
 

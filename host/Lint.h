@@ -18,8 +18,8 @@
 //     label; row labels are in title case; no label, footer, subtitle, placeholder or value title shows one of the page's
 //     preference keys or row ids, or the name of a value type ("bool", "int", "plist", ...).
 //
-// Links to page controllers that are not registered yet are reported as pending, and wording
-// findings as advice; with `strict` both count as problems.
+// A link to a class that is no page controller is a problem; wording findings are advice, and
+// with `strict` they count as problems too.
 
 #include <filesystem>
 #include <ostream>
@@ -27,7 +27,6 @@
 struct LintResult {
     int pages = 0;
     int problems = 0;
-    int pending = 0;
 };
 
 LintResult lintPages(const std::filesystem::path& resources, std::ostream& out, bool strict);

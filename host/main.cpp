@@ -44,7 +44,7 @@ Commands:
                  interrupted; --open also opens the address in the desktop's browser
   lint [--strict]
                  check every page definition against its controller; --strict also fails
-                 on links to pages that are not available yet
+                 on wording
   export [FILE]  write a backup of every stored setting, colour, app list and picked
                  picture to FILE (default: standard output)
   import [--dry-run] FILE
@@ -139,8 +139,6 @@ int lint(const Arguments& arguments, const char* argv0)
     }
     LintResult result = lintPages(resolveResources(argv0), std::cout, strict);
     std::cout << "lint: " << result.pages << " pages, " << result.problems << " problems";
-    if (result.pending)
-        std::cout << ", " << result.pending << " links to pages not available yet";
     std::cout << '\n';
     return result.problems ? 1 : 0;
 }

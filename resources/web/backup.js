@@ -34,13 +34,27 @@ function changeList(changes) {
     } else if (change.from === change.to) {
       values.textContent = `stays ${change.to}`;
     } else {
-      values.append(el('span', 'restore-from', change.from), ' \u2192 ', el('span', 'restore-to', change.to));
+      values.append(valueWords('restore-from', change.from), ' \u2192 ', valueWords('restore-to', change.to));
     }
     item.append(values);
     item.setAttribute('aria-label', change.text);
     list.append(item);
   }
   return box;
+}
+
+/** A value as the change shows it; a colour ("#FF0000") also as a swatch beside its code. */
+function valueWords(className, words) {
+  const node = el('span', className);
+  const colour = /^#([0-9A-Fa-f]{6})([0-9A-Fa-f]{2})?$/.exec(String(words));
+  if (colour) {
+    const swatch = el('span', 'restore-swatch');
+    swatch.setAttribute('aria-hidden', 'true');
+    swatch.style.background = `#${colour[1]}`;
+    node.append(swatch);
+  }
+  node.append(String(words));
+  return node;
 }
 
 /** Why the server refused a backup, as part of a sentence. */

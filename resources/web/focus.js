@@ -104,6 +104,8 @@ export function focusPage(view, preferred = null, { force = false } = {}) {
   }
   if (!target) return;
   target.focus({ preventScroll: target !== preferred });
+  // A window shorter than the frame shows the new page's bar, wherever it was scrolled to.
+  if (target === title) title.scrollIntoView({ block: 'nearest', inline: 'nearest' });
   screen.focusMoves.push({ to: describe(target), page: view.page ? view.page.page : '' });
 }
 

@@ -7,7 +7,7 @@
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
 
-import { browser, screenshot, server, shareTestSession, useBrowser } from './helpers.mjs';
+import { browser, runScript, screenshot, server, shareTestSession, useBrowser } from './helpers.mjs';
 
 useBrowser();
 
@@ -77,16 +77,19 @@ test('the screens a person meets, at every size and in both appearances', async 
   await server.api('POST', '/api/set', { key: 'enabled', value: true });
   await server.api('POST', '/api/open', { class: 'NIMBluetoothBatteryInfoRootPrefsListController' });
   await server.api('POST', '/api/set', { key: 'enabled', value: true });
-  // A backup that differs from what is stored when it is previewed.
-  await server.api('POST', '/api/open', { class: 'NIMHomeScreenDockPrefsListController' });
-  await server.api('POST', '/api/set', { key: 'dockType', value: 2 });
-  await server.api('POST', '/api/set', { key: 'floatingDockInApps', value: true });
-  await server.api('POST', '/api/open', { class: 'NIMStatusBarRootPrefsListController' });
+  // A backup that differs from what is stored when it is previewed: a choice, a number, a colour,
+  // a text and a value no page shows.
+  const values = (dockType, size, colour, format, legacy) => runScript(server.root, [
+    `write com.veltram.nimbraprefs.homescreen dockType ${dockType}`,
+    `write com.veltram.nimbraprefs.tovin appNameFontSize ${size}`,
+    `write com.veltram.nimbraprefs.tovin.colors appNameColor "${colour}"`,
+    `write com.veltram.nimbraprefs.time time1LabelFormat "${format}"`,
+    `write com.veltram.nimbraprefs.homescreen dockLegacyKey ${legacy}`,
+  ]);
+  values(2, 14.5, '#FF3B30', 'HH:mm', 5);
   const backupBytes = Buffer.from(await (await fetch(new URL('/api/backup', server.url))).arrayBuffer());
   const backup = { name: 'backup.plist', mimeType: 'application/octet-stream', buffer: backupBytes };
-  await server.api('POST', '/api/open', { class: 'NIMHomeScreenDockPrefsListController' });
-  await server.api('POST', '/api/set', { key: 'dockType', value: 0 });
-  await server.api('POST', '/api/set', { key: 'floatingDockInApps', value: false });
+  values(0, 13, '#8E8E93', 'h:mm', 4);
   await server.api('POST', '/api/relaunch', {});
 
   for (const size of SIZES) {
@@ -122,6 +125,10 @@ test('the screens a person meets, at every size and in both appearances', async 
     await drawn(page, 'NIMCPUInfoVisibilityPrefsListController');
     await page.locator('.page.current').getByRole('button', { name: /^Select Apps/ }).click();
     await page.locator('.page.current.app-picker').waitFor();
+    await page.waitForFunction(() => document.activeElement && document.activeElement.id === 'nav-title-text');
+    // The pushed page's bar is in view, however short the window.
+    const bar = await page.locator('#nav-title-text').boundingBox();
+    assert.ok(bar.y >= 0 && bar.y + bar.height <= size.viewport.height, `${size.name}: the title is in view (${bar.y})`);
     await shot(page, 'app-picker', size);
 
     await gesture(page, '/api/relaunch');
@@ -133,6 +140,7 @@ test('the screens a person meets, at every size and in both appearances', async 
 
     await page.locator('#backup-input').setInputFiles(backup);
     await page.locator('.restore-review').waitFor();
+    assert.equal(await page.locator('.restore-change').count(), 5);
     await shot(page, 'restore', size);
     await page.getByRole('dialog').getByRole('button', { name: 'Cancel' }).click();
     await page.getByRole('dialog').waitFor({ state: 'detached' });

@@ -193,3 +193,27 @@ TEST(Lint, StrictlyASwitchShowsWhatAnAbsentKeyReads)
               std::string::npos)
         << run.output;
 }
+
+TEST(Lint, ALinkToAPageThatIsNotThereIsAProblemWithoutStrict)
+{
+    test::TempDir resources;
+    fs::copy(test::resourcesDir(), resources.path(), fs::copy_options::recursive);
+    edit(resources / "pages/SpringBoard/HomeScreenRoot.plist", [](PlistArray& items) {
+        for (auto& item : items)
+            if (!item["detail"].isNil()) {
+                PlistDictionary row = item.dictionaryValue();
+                row["detail"] = PlistValue("NIMHomeScreenNowherePrefsListController");
+                item = PlistValue(row);
+                break;
+            }
+    });
+    std::string command = "NIMBRA_RESOURCES='" + resources.path().string() + "' '" + test::prefsExe() + "' lint 2>&1";
+    FILE* pipe = ::popen(command.c_str(), "r");
+    std::string output;
+    char buffer[4096];
+    while (std::size_t n = std::fread(buffer, 1, sizeof buffer, pipe))
+        output.append(buffer, n);
+    int status = ::pclose(pipe);
+    EXPECT_EQ(WEXITSTATUS(status), 1) << output;
+    EXPECT_NE(output.find("opens \"NIMHomeScreenNowherePrefsListController\", which is no page controller"), std::string::npos) << output;
+}
