@@ -513,8 +513,26 @@ const ShownWhen& ShownWhen::derived(const fs::path& resources)
     return *slot;
 }
 
+namespace {
+
+/// The program readTableOf named; empty: the running program.
+fs::path& programOfTable()
+{
+    static fs::path program;
+    return program;
+}
+
+}  // namespace
+
+void ShownWhen::readTableOf(const fs::path& program)
+{
+    programOfTable() = program;
+}
+
 fs::path ShownWhen::tableBesideProgram()
 {
+    if (!programOfTable().empty())
+        return programOfTable().string() + ".shown-when.json";
     std::error_code ec;
     fs::path program = fs::read_symlink("/proc/self/exe", ec);
     if (ec)
@@ -602,7 +620,8 @@ std::string ShownWhen::resourcesStamp(const fs::path& resources)
 std::string ShownWhen::programStamp()
 {
     struct stat info {};
-    if (::stat("/proc/self/exe", &info) != 0)
+    const fs::path program = programOfTable().empty() ? fs::path("/proc/self/exe") : programOfTable();
+    if (::stat(program.c_str(), &info) != 0)
         return "";
     return std::to_string(info.st_size) + ":" + std::to_string(info.st_mtim.tv_sec) + "." + std::to_string(info.st_mtim.tv_nsec);
 }

@@ -70,6 +70,11 @@ public:
 
     /// The file the build writes the table to: the program's own path followed by ".shown-when.json".
     static std::filesystem::path tableBesideProgram();
+    /// Names the program whose kept table derived() reads and whose stamp that table must carry
+    /// (default: the running program). A test suite built from the same sources as the program
+    /// names it, and reads the table the build made instead of probing every page in each of its
+    /// processes; the table is still refused when it does not fit that program or the definitions.
+    static void readTableOf(const std::filesystem::path& program);
 
     /// The table as JSON, stamped with the program that made it and the page definitions it read
     /// (`resourcesStamp`). load() reads it back.
@@ -81,7 +86,8 @@ public:
     /// What identifies the page definitions a table was made from: a hash of every catalogued
     /// page's definition file, name and bytes.
     static std::string resourcesStamp(const std::filesystem::path& resources);
-    /// What identifies the running program: its file's size and modification time.
+    /// What identifies the running program (or the one readTableOf named): its file's size and
+    /// modification time.
     static std::string programStamp();
 
     /// The page's conditions, or nullptr for a page that could not be opened.

@@ -1,4 +1,6 @@
 #include "TestSupport.h"
+
+#include "host/ShownWhen.h"
 #include "ProgramRun.h"
 
 #include <gtest/gtest.h>
@@ -28,6 +30,14 @@ const std::string& prefsExe()
     static const std::string path = NIMBRA_PREFS_EXE;
     return path;
 }
+
+namespace {
+
+// The tests' processes read the table of where rows appear that the build made for the program
+// (built from the same sources), instead of each probing every page again.
+[[maybe_unused]] const bool readsTheProgramsTable = (ShownWhen::readTableOf(prefsExe()), true);
+
+}  // namespace
 
 TempDir::TempDir()
     : TempDir(fs::temp_directory_path())
