@@ -1,10 +1,9 @@
 #include "cells/NimbraImagePicker.h"
 
+#include "platform/Events.h"
 #include "platform/NSFileManager.h"
 #include "platform/Process.h"
 #include "storage/NimbraDomains.h"
-
-#include <nlohmann/json.hpp>
 
 NIM_REGISTER_CLASS(NimbraImagePicker, PSTableCell);
 
@@ -74,8 +73,7 @@ void NimbraImagePicker::imagePickerControllerDidFinishPickingMediaWithInfo(UIIma
         std::string png = UIImagePNGRepresentation(*info.originalImage);
         if (png.empty() || !NSFileManager::defaultManager().writeAtomically(stored, png)) {
             // The preview keeps showing the picture that is stored.
-            Process::current().events().record(
-                {{"event", "error"}, {"message", "could not store the picture " + stored}, {"path", stored}, {"write", true}});
+            Process::current().events().record(Events::Error{.message = "could not store the picture " + stored, .path = stored, .write = true});
         } else {
             _previewContents = info.originalImage;
             if (_previewImage)

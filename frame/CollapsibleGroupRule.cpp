@@ -33,28 +33,6 @@ bool Condition::holds(const PlistValue& value) const
     return readsBoolean() ? holdsForBoolean(value.boolValue()) : holdsForInteger(value.integerValue());
 }
 
-std::string Condition::description() const
-{
-    auto list = [&] {
-        std::string text = "{";
-        for (std::size_t i = 0; i < _operands.size(); ++i)
-            text += (i ? ", " : "") + std::to_string(_operands[i]);
-        return text + "}";
-    };
-    switch (_test) {
-    case Test::On: return "on";
-    case Test::Off: return "off";
-    case Test::Equal: return "= " + std::to_string(_operands[0]);
-    case Test::NotEqual: return "!= " + std::to_string(_operands[0]);
-    case Test::AtLeast: return ">= " + std::to_string(_operands[0]);
-    case Test::AtMost: return "<= " + std::to_string(_operands[0]);
-    case Test::Below: return "< " + std::to_string(_operands[0]);
-    case Test::In: return "in " + list();
-    case Test::NotIn: return "not in " + list();
-    }
-    return {};
-}
-
 CollapsibleGroupRule when(std::string key, Condition shownWhen)
 {
     CollapsibleGroupRule rule;

@@ -25,8 +25,6 @@
 /// (boolValue, boolForKey:), every other test as an integer (integerValue, integerForKey:).
 class Condition {
 public:
-    enum class Test { On, Off, Equal, NotEqual, AtLeast, AtMost, Below, In, NotIn };
-
     static Condition on() { return Condition(Test::On); }
     static Condition off() { return Condition(Test::Off); }
     static Condition equal(std::int64_t n) { return Condition(Test::Equal, {n}); }
@@ -37,20 +35,20 @@ public:
     static Condition in(std::initializer_list<std::int64_t> values) { return Condition(Test::In, values); }
     static Condition notIn(std::initializer_list<std::int64_t> values) { return Condition(Test::NotIn, values); }
 
-    Test test() const { return _test; }
     bool readsBoolean() const { return _test == Test::On || _test == Test::Off; }
     bool holds(const PlistValue& value) const;
-    bool holdsForBoolean(bool value) const;
     bool holdsForInteger(std::int64_t value) const;
-    /// "on", "= 2", "in {0, 2}", ...
-    std::string description() const;
 
 private:
+    enum class Test { On, Off, Equal, NotEqual, AtLeast, AtMost, Below, In, NotIn };
+
     explicit Condition(Test test, std::vector<std::int64_t> operands = {})
         : _test(test)
         , _operands(std::move(operands))
     {
     }
+    bool holdsForBoolean(bool value) const;
+
     Test _test;
     std::vector<std::int64_t> _operands;
 };

@@ -19,8 +19,6 @@ public:
     /// The button's action: arms the button, or resprings when it is armed.
     void respring();
 
-    const std::shared_ptr<UIBarButtonItem>& respringButton() const { return _respringButton; }
-    bool hasPressedRespring() const { return _hasPressedRespring; }
     /// Arms the button without showing it, so that the next `respring` restarts at once.
     void setHasPressedRespring(bool pressed) { _hasPressedRespring = pressed; }
 

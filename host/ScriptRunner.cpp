@@ -1,5 +1,7 @@
 #include "host/ScriptRunner.h"
 
+#include "platform/Events.h"
+
 #include <charconv>
 #include <cmath>
 #include <cstdlib>
@@ -208,8 +210,8 @@ int runScript(Session& session, std::istream& in, std::ostream& out, std::ostrea
         // diagnostics as they happen; they stay in the event log too.
         auto& pending = session.process().events().pending();
         for (std::size_t i = std::min(reported, pending.size()); i < pending.size(); ++i)
-            if (pending[i].value("event", "") == "error")
-                diagnostics << "nimbra-prefs: line " << number << ": " << pending[i].value("message", "") << '\n';
+            if (auto* error = std::get_if<Events::Error>(&pending[i]))
+                diagnostics << "nimbra-prefs: line " << number << ": " << error->message << '\n';
     }
     out.flush();
     return 0;

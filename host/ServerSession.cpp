@@ -1,6 +1,7 @@
 #include "host/ServerSession.h"
 
 #include "cells/NimbraImagePicker.h"
+#include "platform/Events.h"
 #include "platform/PSListController.h"
 
 #include <filesystem>
@@ -109,7 +110,7 @@ ServerSession::Json ServerSession::eventsSince(std::uint64_t since) const
 std::optional<std::string> ServerSession::failedWriteSince(std::uint64_t since) const
 {
     for (auto it = _history.rbegin(); it != _history.rend() && it->first > since; ++it)
-        if (it->second.value("event", "") == "error" && it->second.value("write", false))
+        if (it->second.value("event", std::string()) == Events::Error::kName && it->second.value("write", false))
             return it->second.value("message", "");
     return std::nullopt;
 }

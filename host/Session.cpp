@@ -407,7 +407,8 @@ Session::Json Session::events()
     Json answer = Json::object();
     auto& events = (answer["events"] = Json::array()).get_ref<Json::array_t&>();
     events.reserve(drained.size());
-    std::move(drained.begin(), drained.end(), std::back_inserter(events));
+    for (auto& event : drained)
+        events.push_back(EventLog::json(event));
     if (_droppedEvents)
         answer["dropped"] = std::exchange(_droppedEvents, 0);
     return answer;
@@ -416,14 +417,7 @@ Session::Json Session::events()
 void Session::commit()
 {
     _process->commit();
-    auto& log = _process->events();
-    if (log.pending().size() > kUnreadEvents) {
-        std::vector<EventLog::Event> unread = log.drain();
-        std::size_t drop = unread.size() - kUnreadEvents;
-        _droppedEvents += drop;
-        for (auto it = unread.begin() + static_cast<std::ptrdiff_t>(drop); it != unread.end(); ++it)
-            log.record(std::move(*it));
-    }
+    _droppedEvents += _process->events().keepLatest(kUnreadEvents);
 }
 
 Session::Json Session::file(const std::string& path) const

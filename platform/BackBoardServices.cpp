@@ -1,9 +1,8 @@
 #include "platform/BackBoardServices.h"
 
 #include "platform/Darwin.h"
+#include "platform/Events.h"
 #include "platform/Process.h"
-
-#include <nlohmann/json.hpp>
 
 namespace BackBoardServices {
 
@@ -17,7 +16,7 @@ void terminateApplication(const std::string& bundleIdentifier, int reason, bool 
     (void)reason;
     (void)report;
     (void)description;
-    Process::current().events().record({{"event", "terminate"}, {"bundleID", bundleIdentifier}});
+    Process::current().events().record(Events::Terminate{bundleIdentifier});
 }
 
 const bool registered = [] {

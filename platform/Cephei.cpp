@@ -1,8 +1,7 @@
 #include "platform/Cephei.h"
 
+#include "platform/Events.h"
 #include "platform/Process.h"
-
-#include <nlohmann/json.hpp>
 
 NIM_REGISTER_CLASS(HBListController, PSListController);
 
@@ -27,7 +26,7 @@ namespace HBRespringController {
 
 void respringAndReturnTo(const std::string& url)
 {
-    Process::current().events().record({{"event", "respring"}, {"url", url}});
+    Process::current().events().record(Events::Respring{url});
 }
 
 }  // namespace HBRespringController

@@ -1,8 +1,7 @@
 #include "platform/Darwin.h"
 
+#include "platform/Events.h"
 #include "platform/Process.h"
-
-#include <nlohmann/json.hpp>
 
 #include <spawn.h>
 #include <sys/wait.h>
@@ -49,7 +48,7 @@ const LibraryHandle* dlopen(std::string_view path, int mode)
     auto host = process.hostPath(logical);
     std::error_code ec;
     bool loaded = host && std::filesystem::is_regular_file(*host, ec);
-    process.events().record({{"event", "dlopen"}, {"path", logical}, {"loaded", loaded}});
+    process.events().record(Events::Dlopen{logical, loaded});
     if (!loaded)
         return nullptr;
     process.markImageLoaded(logical);
@@ -71,7 +70,7 @@ Symbol dlsym(const LibraryHandle* handle, std::string_view name)
 int posix_spawn(pid_t* pid, std::string_view path, const std::vector<std::string>& argv)
 {
     Process& process = Process::current();
-    process.events().record({{"event", "spawn"}, {"path", std::string(path)}, {"argv", argv}});
+    process.events().record(Events::Spawn{std::string(path), argv});
     auto host = process.hostPath(path);
     if (!host)
         return ENOENT;

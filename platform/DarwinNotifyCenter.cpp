@@ -1,15 +1,14 @@
 #include "platform/DarwinNotifyCenter.h"
 
+#include "platform/Events.h"
 #include "platform/Process.h"
-
-#include <nlohmann/json.hpp>
 
 #include <vector>
 
 void DarwinNotifyCenter::postNotification(std::string_view name)
 {
     std::string posted(name);
-    Process::current().events().record({{"event", "notify"}, {"name", posted}});
+    Process::current().events().record(Events::Notify{posted});
     std::vector<Observer> receivers;
     for (auto& [token, registration] : _observers)
         if (registration.name == posted)

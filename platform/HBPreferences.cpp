@@ -1,13 +1,12 @@
 #include "platform/HBPreferences.h"
 
 #include "platform/AtomicFile.h"
+#include "platform/Events.h"
 #include "platform/HBPreferencesReadPass.h"
 #include "platform/NSFileManager.h"
 #include "platform/Process.h"
 #include "platform/PropertyListSerialization.h"
 #include "platform/SystemCalls.h"
-
-#include <nlohmann/json.hpp>
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -218,16 +217,15 @@ const HBPreferences::RowWrite* HBPreferences::RowWrite::current()
 
 bool HBPreferences::refuse(std::string_view what, const std::string& reason) const
 {
-    EventLog::Event event{{"event", "error"},
-                          {"message", "could not store " + std::string(what) + " in " + _identifier + ": " + reason},
-                          {"domain", _identifier},
-                          {"key", _writingKey},
-                          {"reason", reason},
-                          {"path", pathForIdentifier(_identifier)},
-                          {"write", true}};
+    Events::Error event{.message = "could not store " + std::string(what) + " in " + _identifier + ": " + reason,
+                        .domain = _identifier,
+                        .key = _writingKey,
+                        .reason = reason,
+                        .path = pathForIdentifier(_identifier),
+                        .write = true};
     if (const RowWrite* row = RowWrite::current()) {
-        event["label"] = row->label();
-        event["page"] = row->page();
+        event.label = row->label();
+        event.page = row->page();
     }
     Process::current().events().record(std::move(event));
     return false;

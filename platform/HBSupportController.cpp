@@ -1,8 +1,7 @@
 #include "platform/HBSupportController.h"
 
+#include "platform/Events.h"
 #include "platform/Process.h"
-
-#include <nlohmann/json.hpp>
 
 #include <sstream>
 
@@ -32,8 +31,7 @@ std::shared_ptr<MFMailComposeViewController> supportViewControllerForBundle(cons
     if (!preferencesIdentifier.empty())
         body << "Preferences: " << preferencesIdentifier << "\n";
     composer->body = body.str();
-    process.events().record(
-        {{"event", "compose"}, {"to", composer->toRecipients}, {"subject", composer->subject}, {"body", composer->body}});
+    process.events().record(Events::Compose{composer->toRecipients, composer->subject, composer->body});
     return composer;
 }
 

@@ -1,8 +1,7 @@
 #include "platform/NSFileManager.h"
 
+#include "platform/Events.h"
 #include "platform/Process.h"
-
-#include <nlohmann/json.hpp>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -40,7 +39,7 @@ bool NSFileManager::removeItemAtPath(std::string_view path) const
     fs::remove_all(*host, ec);
     if (ec)
         return false;
-    Process::current().events().record({{"event", "delete"}, {"path", Process::current().logicalPath(*host)}});
+    Process::current().events().record(Events::Delete{Process::current().logicalPath(*host)});
     return true;
 }
 

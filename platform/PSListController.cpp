@@ -1,11 +1,10 @@
 #include "platform/PSListController.h"
 
 #include "platform/DarwinNotifyCenter.h"
+#include "platform/Events.h"
 #include "platform/HBPreferences.h"
 #include "platform/PSPageDefinition.h"
 #include "platform/Process.h"
-
-#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <span>
@@ -15,30 +14,17 @@ NIM_REGISTER_CLASS(PSListItemsController, PSListController);
 
 namespace {
 
-EventLog::Event identifiers(std::span<const std::shared_ptr<PSSpecifier>> specifiers)
+Events::RowIds identifiers(std::span<const std::shared_ptr<PSSpecifier>> specifiers)
 {
-    EventLog::Event ids = EventLog::Event::array();
-    auto& list = ids.get_ref<EventLog::Event::array_t&>();
-    list.reserve(specifiers.size());
+    Events::RowIds ids;
+    ids.reserve(specifiers.size());
     for (auto& s : specifiers) {
         if (s->identifier().empty())
-            list.emplace_back(nullptr);
+            ids.emplace_back(std::nullopt);
         else
-            list.emplace_back(s->identifier());
+            ids.emplace_back(s->identifier());
     }
     return ids;
-}
-
-// {"event":"remove","ids":[...],"animated":B}, its fields built in place.
-EventLog::Event removeEvent(std::span<const std::shared_ptr<PSSpecifier>> removed, bool animated)
-{
-    EventLog::Event event = EventLog::Event::object();
-    auto& fields = event.get_ref<EventLog::Event::object_t&>();
-    fields.reserve(3);
-    fields.emplace_back("event", "remove");
-    fields.emplace_back("ids", identifiers(removed));
-    fields.emplace_back("animated", animated);
-    return event;
 }
 
 // Row index of a definition as a specifier, sharing the definition's dictionary (class names in
@@ -118,10 +104,7 @@ void PSListController::insertContiguousSpecifiers(const SpecifierArray& specifie
     if (anchor == _specifiers->end())
         return;
     _specifiers->insert(anchor + 1, specifiers.begin(), specifiers.end());
-    Process::current().events().record({{"event", "insert"},
-                                        {"ids", identifiers(specifiers)},
-                                        {"after", std::string(afterSpecifierID)},
-                                        {"animated", animated}});
+    Process::current().events().record(Events::Insert{identifiers(specifiers), std::string(afterSpecifierID), animated});
     displayRows();
 }
 
@@ -138,7 +121,7 @@ void PSListController::removeContiguousSpecifiers(const SpecifierArray& specifie
         removed.push_back(specifier);
     }
     if (!removed.empty())
-        Process::current().events().record(removeEvent(removed, animated));
+        Process::current().events().record(Events::Remove{identifiers(removed), animated});
 }
 
 void PSListController::removeSpecifier(const std::shared_ptr<PSSpecifier>& specifier, bool animated)
@@ -149,7 +132,7 @@ void PSListController::removeSpecifier(const std::shared_ptr<PSSpecifier>& speci
     if (it == _specifiers->end())
         return;
     _specifiers->erase(it);
-    Process::current().events().record(removeEvent({&specifier, 1}, animated));
+    Process::current().events().record(Events::Remove{identifiers({&specifier, 1}), animated});
 }
 
 bool PSListController::moveRow(std::size_t sectionStart, std::size_t sectionLength, std::size_t from, std::size_t to)
@@ -160,7 +143,7 @@ bool PSListController::moveRow(std::size_t sectionStart, std::size_t sectionLeng
     auto moved = rows[sectionStart + from];
     rows.erase(rows.begin() + static_cast<std::ptrdiff_t>(sectionStart + from));
     rows.insert(rows.begin() + static_cast<std::ptrdiff_t>(sectionStart + to), moved);
-    Process::current().events().record({{"event", "move"}, {"from", from}, {"to", to}});
+    Process::current().events().record(Events::Move{from, to});
     tableViewMoveRowAtIndexPath(from, to);
     return true;
 }
@@ -176,7 +159,7 @@ void PSListController::reloadSpecifiers()
     _cells.clear();
     _headers.clear();
     specifiers();
-    Process::current().events().record({{"event", "reload"}});
+    Process::current().events().record(Events::Reload{});
     displayRows();
 }
 
@@ -184,7 +167,7 @@ void PSListController::reloadSpecifier(const std::shared_ptr<PSSpecifier>& speci
 {
     if (!containsSpecifier(specifier))
         return;
-    Process::current().events().record({{"event", "reloadRow"}, {"id", specifier->identifier()}});
+    Process::current().events().record(Events::ReloadRow{specifier->identifier()});
 }
 
 void PSListController::setPreferenceValue(const PlistValue& value, const std::shared_ptr<PSSpecifier>& specifier)

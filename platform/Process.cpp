@@ -2,9 +2,8 @@
 #include "platform/ProcessScope.h"
 
 #include "platform/DarwinNotifyCenter.h"
+#include "platform/Events.h"
 #include "platform/UIKit.h"
-
-#include <nlohmann/json.hpp>
 
 #include <iostream>
 #include <stdexcept>
@@ -96,7 +95,7 @@ std::string Process::logicalPath(const std::filesystem::path& host) const
 
 void Process::reportError(std::string message)
 {
-    _events.record({{"event", "error"}, {"message", message}});
+    _events.record(Events::Error{.message = message});
 }
 
 bool Process::isImageLoaded(std::string_view logicalPath) const

@@ -1,11 +1,10 @@
 #include "platform/SparkAppListTableViewController.h"
 
-#include "platform/HBPreferences.h"
 #include "platform/EventLog.h"
+#include "platform/Events.h"
+#include "platform/HBPreferences.h"
 #include "platform/NSFileManager.h"
 #include "platform/PropertyListSerialization.h"
-
-#include <nlohmann/json.hpp>
 
 #include <algorithm>
 
@@ -130,9 +129,9 @@ void SparkAppListTableViewController::setPreferenceValue(const PlistValue& value
         toggleApplication(specifier->propertyForKey("bundleIdentifier").stringValue());
 }
 
-void SparkAppListTableViewController::describePush(nlohmann::ordered_json& event) const
+void SparkAppListTableViewController::describePush(Events::Push& event) const
 {
-    event["identifier"] = _identifier;
-    event["key"] = _key;
-    event["maxEnabled"] = _maxEnabled ? EventLog::Event(*_maxEnabled) : EventLog::Event(nullptr);
+    event.identifier = _identifier;
+    event.key = _key;
+    event.maxEnabled = _maxEnabled;
 }

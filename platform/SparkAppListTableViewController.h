@@ -50,7 +50,7 @@ public:
     /// A row's value is whether its app is chosen.
     PlistValue readPreferenceValue(const std::shared_ptr<PSSpecifier>& specifier) override;
     void setPreferenceValue(const PlistValue& value, const std::shared_ptr<PSSpecifier>& specifier) override;
-    void describePush(nlohmann::ordered_json& event) const override;
+    void describePush(Events::Push& event) const override;
 
 private:
     /// Writes the choice; false when it did not reach the disk.

@@ -1,8 +1,7 @@
 #include "platform/UIImagePickerController.h"
 
+#include "platform/Events.h"
 #include "platform/Process.h"
-
-#include <nlohmann/json.hpp>
 
 NIM_REGISTER_CLASS(UIImagePickerController, UIViewController);
 
@@ -23,11 +22,11 @@ void UIImagePickerController::cancel()
 void UIActivityIndicatorView::startAnimating()
 {
     _animating = true;
-    Process::current().events().record({{"event", "activity"}, {"animating", true}});
+    Process::current().events().record(Events::Activity{true});
 }
 
 void UIActivityIndicatorView::stopAnimating()
 {
     _animating = false;
-    Process::current().events().record({{"event", "activity"}, {"animating", false}});
+    Process::current().events().record(Events::Activity{false});
 }

@@ -1,8 +1,7 @@
 #include "platform/UIKit.h"
 
+#include "platform/Events.h"
 #include "platform/Process.h"
-
-#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <cmath>
@@ -12,7 +11,7 @@ namespace {
 // Changes made inside an animation block, recorded when the block ends.
 struct AnimationContext {
     double duration = 0;
-    EventLog::Event changes = EventLog::Event::array();
+    std::vector<Events::Animate> changes;
 };
 AnimationContext* runningAnimation = nullptr;
 
@@ -30,22 +29,25 @@ UIView::UIView(std::string name, CGRect frame)
 {
 }
 
-void UIView::recordChange(const char* property, double value)
+void UIView::recordChange(Events::Maybe<double> Events::Animate::*property, double value)
 {
-    if (runningAnimation)
-        runningAnimation->changes.push_back({{"view", _name}, {property, value}});
+    if (!runningAnimation)
+        return;
+    Events::Animate change{.view = _name, .duration = runningAnimation->duration};
+    change.*property = value;
+    runningAnimation->changes.push_back(std::move(change));
 }
 
 void UIView::setAlpha(double alpha)
 {
     _alpha = alpha;
-    recordChange("alpha", alpha);
+    recordChange(&Events::Animate::alpha, alpha);
 }
 
 void UIView::setTranslation(double x, double y)
 {
     _translation = {x, y};
-    recordChange("translationY", y);
+    recordChange(&Events::Animate::translationY, y);
 }
 
 void UIView::addSubview(const std::shared_ptr<UIView>& view)
@@ -71,7 +73,7 @@ void UIView::removeFromSuperview()
 
 void UIView::endEditing(bool force)
 {
-    Process::current().events().record({{"event", "endEditing"}, {"force", force}});
+    Process::current().events().record(Events::EndEditing{force});
 }
 
 void UIView::animateWithDuration(double duration, double delay, std::function<void()> animations,
@@ -83,13 +85,8 @@ void UIView::animateWithDuration(double duration, double delay, std::function<vo
     if (animations)
         animations();
     runningAnimation = outer;
-    for (auto& change : context.changes) {
-        EventLog::Event event{{"event", "animate"}};
-        for (auto& [property, value] : change.items())
-            event[property] = value;
-        event["duration"] = duration;
-        Process::current().events().record(std::move(event));
-    }
+    for (auto& change : context.changes)
+        Process::current().events().record(std::move(change));
     if (completion)
         Process::current().mainQueue().dispatchAfter(delay + duration, [completion] { completion(true); });
 }
@@ -102,8 +99,7 @@ UIVisualEffectView::UIVisualEffectView(UIBlurEffectStyle style, CGRect frame)
 
 void UIVisualEffectView::didMoveToSuperview()
 {
-    Process::current().events().record(
-        {{"event", "blur"}, {"style", static_cast<int>(_style)}, {"alpha", alpha()}});
+    Process::current().events().record(Events::Blur{static_cast<int>(_style), alpha()});
 }
 
 UIBarButtonItem::UIBarButtonItem(std::string title, std::weak_ptr<NSObject> target, std::string action)
@@ -139,10 +135,8 @@ void UIBarButtonItem::tap()
 
 void UIBarButtonItem::commit()
 {
-    EventLog::Event tint = nullptr;
-    if (_tint) {
-        auto c = _tint->components255();
-        tint = {c[0], c[1], c[2], c[3]};
-    }
-    Process::current().events().record({{"event", "button"}, {"title", _title}, {"tint", tint}});
+    Events::Button event{_title, std::nullopt};
+    if (_tint)
+        event.tint = _tint->components255();
+    Process::current().events().record(std::move(event));
 }

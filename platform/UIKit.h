@@ -3,6 +3,7 @@
 // buttons and navigation items. Nothing is drawn; what a user would see change is recorded in the
 // process's event log.
 
+#include "platform/Events.h"
 #include "platform/ObjCRuntime.h"
 
 #include <array>
@@ -65,7 +66,8 @@ protected:
     virtual void didMoveToSuperview() {}
 
 private:
-    void recordChange(const char* property, double value);
+    /// Inside an animation block, records that this view's property (alpha, translationY) changed.
+    void recordChange(Events::Maybe<double> Events::Animate::*property, double value);
 
     std::string _name;
     CGRect _frame;

@@ -1,8 +1,7 @@
 #include "platform/UIViewController.h"
 
+#include "platform/Events.h"
 #include "platform/Process.h"
-
-#include <nlohmann/json.hpp>
 
 NIM_REGISTER_CLASS(UIViewController, NSObject);
 NIM_REGISTER_CLASS(UINavigationController, UIViewController);
@@ -54,12 +53,12 @@ void UIViewController::presentViewController(std::shared_ptr<UIViewController> c
     }
     auto& events = Process::current().events();
     if (auto alert = std::dynamic_pointer_cast<UIAlertController>(controller)) {
-        EventLog::Event actions = EventLog::Event::array();
+        Events::Alert event{alert->title(), alert->message(), {}};
         for (auto& action : alert->actions())
-            actions.push_back({{"title", action.title}, {"style", styleName(action.style)}});
-        events.record({{"event", "alert"}, {"title", alert->title()}, {"message", alert->message()}, {"actions", actions}});
+            event.actions.push_back({action.title, styleName(action.style)});
+        events.record(std::move(event));
     } else {
-        events.record({{"event", "present"}, {"class", controller->className()}});
+        events.record(Events::Present{controller->className()});
     }
     _presented = std::move(controller);
     if (completion)
@@ -89,7 +88,7 @@ void UIViewController::dismissViewControllerAnimated(bool animated, std::functio
     }
     if (auto presented = std::move(_presented)) {
         _presented.reset();
-        Process::current().events().record({{"event", "dismiss"}, {"class", presented->className()}});
+        Process::current().events().record(Events::Dismiss{presented->className()});
     }
     if (completion)
         completion();
@@ -100,7 +99,7 @@ void UINavigationController::pushViewController(const std::shared_ptr<UIViewCont
     (void)animated;
     controller->setNavigationController(std::static_pointer_cast<UINavigationController>(shared_from_this()));
     _stack.push_back(controller);
-    EventLog::Event event{{"event", "push"}, {"class", controller->className()}};
+    Events::Push event{.className = controller->className()};
     controller->describePush(event);
     Process::current().events().record(std::move(event));
     controller->loadViewIfNeeded();
@@ -114,7 +113,7 @@ std::shared_ptr<UIViewController> UINavigationController::popViewControllerAnima
         return nullptr;
     auto popped = _stack.back();
     _stack.pop_back();
-    Process::current().events().record({{"event", "pop"}, {"class", popped->className()}});
+    Process::current().events().record(Events::Pop{popped->className()});
     _stack.back()->viewWillAppear(animated);
     return popped;
 }

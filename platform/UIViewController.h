@@ -6,9 +6,8 @@
 // is presented, {"event":"present","class":...} for any other presented controller and
 // {"event":"dismiss","class":...}.
 
+#include "platform/Events.h"
 #include "platform/UIKit.h"
-
-#include <nlohmann/json_fwd.hpp>
 
 #include <functional>
 #include <memory>
@@ -31,7 +30,7 @@ public:
     virtual void viewWillAppear(bool animated) { (void)animated; }
 
     /// Adds what a push of this controller reports beyond its class (the app picker its store).
-    virtual void describePush(nlohmann::ordered_json& event) const { (void)event; }
+    virtual void describePush(Events::Push& event) const { (void)event; }
 
     UINavigationItem& navigationItem() { return _navigationItem; }
     std::shared_ptr<UINavigationController> navigationController() const { return _navigationController.lock(); }

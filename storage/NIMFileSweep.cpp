@@ -1,9 +1,8 @@
 #include "storage/NIMFileSweep.h"
 
+#include "platform/Events.h"
 #include "platform/NSRegularExpression.h"
 #include "platform/Process.h"
-
-#include <nlohmann/json.hpp>
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -119,5 +118,5 @@ void NIMFileSweep::run(const NSRegularExpression& expression, const std::string&
     if (!base.empty() && !base.ends_with('/'))
         base += '/';
     for (const std::string& relative : walk.removed())
-        process.events().record({{"event", "delete"}, {"path", base.empty() ? std::string() : base + relative}});
+        process.events().record(Events::Delete{base.empty() ? std::string() : base + relative});
 }

@@ -5,6 +5,7 @@
 // revert, the end of a respring) arrives through one waiting request for events at a time.
 
 import { refusalMessage } from './errors.js';
+import { EventKind } from './event-kinds.js';
 import { notice, setOffline, toast } from './messages.js';
 import { presenting } from './modal.js';
 import { screen } from './screen.js';
@@ -153,7 +154,7 @@ export function act(path, body, options = {}) {
     }
     const data = result.data || {};
     // A write the device refused comes with its error event and the state showing what is stored.
-    const errors = (data.events || []).filter((event) => event.event === 'error');
+    const errors = (data.events || []).filter((event) => event.event === EventKind.Error);
     for (const event of errors) if (event.write && !event.key && body && body.key) event.key = body.key;
     if (!result.ok && !options.quiet && !errors.length) notice(refusalMessage(path, body, data.error));
     if (data.state && wholeRows(data.state)) apply(data);

@@ -2,6 +2,7 @@
 // fade, resprings, and errors to show.
 
 import { errorMessage } from './errors.js';
+import { EventKind } from './event-kinds.js';
 import { notice } from './messages.js';
 import { animateBlur, respring, showBlur } from './respring.js';
 
@@ -14,34 +15,34 @@ export function readEvents(events) {
   const effects = { insertedIds: new Set(), removedIds: new Set(), titleDuration: 0, blurs: [] };
   for (const event of events) {
     switch (event.event) {
-      case 'insert':
+      case EventKind.Insert:
         if (event.animated) for (const id of event.ids || []) effects.insertedIds.add(id);
         break;
-      case 'remove':
+      case EventKind.Remove:
         if (event.animated) for (const id of event.ids || []) effects.removedIds.add(id);
         break;
-      case 'blur':
+      case EventKind.Blur:
         effects.blurs.push(() => showBlur(event.style, event.alpha));
         break;
-      case 'animate':
+      case EventKind.Animate:
         if (event.view === 'blur') effects.blurs.push(() => animateBlur(event.alpha, event.duration));
         else if (event.view === 'titleStack' || event.view === 'titleView') effects.titleDuration = event.duration || 0;
         break;
-      case 'push':
-      case 'pop':
+      case EventKind.Push:
+      case EventKind.Pop:
         // A blur added before is on a page that is now covered or gone.
         effects.blurs = [];
         break;
-      case 'respring':
+      case EventKind.Respring:
         respring();
         break;
-      case 'spawn':
+      case EventKind.Spawn:
         if (typeof event.path === 'string' && event.path.endsWith('/sbreload')) respring();
         break;
-      case 'endEditing':
+      case EventKind.EndEditing:
         if (document.activeElement && document.activeElement !== document.body) document.activeElement.blur();
         break;
-      case 'error':
+      case EventKind.Error:
         notice(errorMessage(event));
         break;
       default:

@@ -4,7 +4,7 @@
 //
 //   api.js        the only module that talks to the session (one session per tab)
 //   render.js     draws one answer: colour scheme, page, navigation bar, presentations
-//   events.js     what the session's events mean for the drawing
+//   events.js     what the session's events mean for the drawing (event-kinds.js their names)
 //   navigation.js the stack of pages and the navigation bar; routes.js its address and history
 //   page-view.js  a page's grouped table; items.js its items; rows-*.js the cells of each kind
 //   sublist.js    the chooser of a list row

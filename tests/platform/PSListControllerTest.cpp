@@ -53,8 +53,8 @@ struct ModelTest : ::testing::Test {
     {
         std::vector<std::string> messages;
         for (auto& event : process->events().drain())
-            if (event["event"] == "error")
-                messages.push_back(event["message"]);
+            if (auto* error = std::get_if<Events::Error>(&event))
+                messages.push_back(error->message);
         return messages;
     }
 };
@@ -84,7 +84,7 @@ TEST_F(ModelTest, InsertionAndRemovalFollowIdentityAndAnchors)
     EXPECT_EQ(ids(), (std::vector<std::string>{"x", "b"}));
     auto events = process->events().drain();
     ASSERT_EQ(events.size(), 1u);
-    EXPECT_EQ(events[0].dump(), R"({"event":"remove","ids":["a","x"],"animated":false})");
+    EXPECT_EQ(EventLog::json(events[0]).dump(), R"({"event":"remove","ids":["a","x"],"animated":false})");
 }
 
 TEST_F(ModelTest, DefinitionsLoadInOrderAndResolveClassesByName)
