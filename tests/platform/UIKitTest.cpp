@@ -7,8 +7,6 @@
 
 #include <gtest/gtest.h>
 
-#include <nlohmann/json.hpp>
-
 #include <thread>
 #include <vector>
 
@@ -35,8 +33,10 @@ TEST(Animations, ProcessesOnThreadsOfTheirOwnRecordOnlyTheirOwnChanges)
                 });
                 auto events = process.events().drain();
                 bool own = events.size() == kChanges;
-                for (auto& event : events)
-                    own = own && event.value("view", "") == "view" + std::to_string(t);
+                for (auto& event : events) {
+                    auto* change = std::get_if<Events::Animate>(&event);
+                    own = own && change && change->view == "view" + std::to_string(t);
+                }
                 if (!own)
                     ++wrong[t];
             }
