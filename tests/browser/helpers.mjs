@@ -2,6 +2,7 @@
 // Chromium driven by playwright-core, screenshots into the build folder, and scripted sessions to
 // compare against.
 
+import assert from 'node:assert/strict';
 import { spawn, spawnSync } from 'node:child_process';
 import fs from 'node:fs';
 import http from 'node:http';
@@ -198,15 +199,27 @@ export function enabledServer(lines = ENABLED) {
   return startServer({ root });
 }
 
+/** Runs body with the server that started (a promise of one) and stops the server after it, however body ends. */
+export async function withServer(started, body) {
+  const server = await started;
+  try {
+    return await body(server);
+  } finally {
+    await server.stop();
+  }
+}
+
 /**
  * A new tab of the file's Chromium, in a browser context of its own (its own sessionStorage, so a
- * session of its own), on the server's address, once it has drawn and opened its address; script
- * errors are collected in page.scriptErrors. options: viewport (default DESKTOP), colorScheme,
- * acceptDownloads; from: a page the tab shows before the app (so that leaving the app shows);
- * clock: the page's timers run on a clock the test moves (Playwright's page.clock).
+ * session of its own, named session when given), on the server's address, once it has drawn and
+ * opened its address; script errors are collected in page.scriptErrors. options: viewport (default
+ * DESKTOP), colorScheme, acceptDownloads, reducedMotion, deviceScaleFactor, bypassCSP; from: a page
+ * the tab shows before the app (so that leaving the app shows); clock: the page's timers run on a
+ * clock the test moves (Playwright's page.clock).
  */
-export async function openTab(server, { address = '', viewport = DESKTOP, colorScheme, acceptDownloads, from, clock = false } = {}) {
-  const context = await browser.newContext({ viewport, colorScheme, acceptDownloads });
+export async function openTab(server, { address = '', session, from, clock = false, viewport = DESKTOP, ...options } = {}) {
+  const context = await browser.newContext({ viewport, ...options });
+  if (session) await shareTestSession(context, session);
   const page = await context.newPage();
   page.scriptErrors = [];
   page.on('pageerror', (error) => page.scriptErrors.push(error.message));
@@ -215,8 +228,35 @@ export async function openTab(server, { address = '', viewport = DESKTOP, colorS
   await page.goto(server.url + address);
   await page.locator('.page.current').waitFor();
   // The tab opens its address once it has drawn: only then is its stack the test's to move.
-  await page.waitForFunction(() => window.nimbra.addressOpened);
+  await page.waitForFunction(() => window.nimbra.addressOpened && window.nimbra.state);
   return page;
+}
+
+/** Sends a gesture to the tab's own session, as its page would; the JSON answer. */
+export function gesture(page, route, body = {}) {
+  return page.evaluate(async ([path, json]) => {
+    const response = await fetch(path, {
+      method: 'POST',
+      headers: { 'Content-Type': 'application/json', 'X-Nimbra-Session': sessionStorage.getItem('nimbra-session') },
+      body: JSON.stringify(json),
+    });
+    return response.json();
+  }, [route, body]);
+}
+
+/** Waits until the tab has drawn page cls on top and nothing moves. */
+export async function drawn(page, cls) {
+  await page.waitForFunction(
+    (c) => window.nimbra.state && window.nimbra.state.page && window.nimbra.state.page.page === c && document.querySelector(`.page.current[data-page="${c}"]`),
+    cls,
+  );
+  await animationsDone(page);
+}
+
+/** Closes the tab's browser context, once the tab has shown that it had no script error. */
+export async function closeTab(page) {
+  assert.deepEqual(page.scriptErrors, []);
+  await page.context().close();
 }
 
 /** The tab's own view of its session: the classes of its stack, bottom first. */
