@@ -74,6 +74,11 @@ void writeFile(const fs::path& path, const std::string& text)
     std::ofstream(path, std::ios::binary) << text;
 }
 
+void writePlist(const fs::path& path, const PlistValue& value, PropertyListSerialization::Format format)
+{
+    writeFile(path, PropertyListSerialization::dataWithPropertyList(value, format));
+}
+
 std::string readFile(const fs::path& path)
 {
     std::ifstream in(path, std::ios::binary);

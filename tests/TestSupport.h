@@ -3,6 +3,7 @@
 // real `nimbra-prefs` program.
 
 #include "host/Session.h"
+#include "platform/PropertyListSerialization.h"
 
 #include <nlohmann/json.hpp>
 
@@ -44,6 +45,9 @@ std::filesystem::path memoryTempParent();
 /// Writes text to a host path, making its folders.
 void writeFile(const std::filesystem::path& path, const std::string& text);
 std::string readFile(const std::filesystem::path& path);
+/// Writes a property list to a host path, making its folders.
+void writePlist(const std::filesystem::path& path, const PlistValue& value,
+                PropertyListSerialization::Format format = PropertyListSerialization::Format::Binary);
 
 /// The host path of a logical path under a root ("/var/jb/x" -> root/x).
 std::filesystem::path under(const std::filesystem::path& root, const std::string& logical);

@@ -34,7 +34,7 @@ struct Resources {
         PlistArray items = page["items"].arrayValue();
         change(items);
         page["items"] = PlistValue(items);
-        test::writeFile(file, PropertyListSerialization::dataWithPropertyList(PlistValue(page), PropertyListSerialization::Format::XML));
+        test::writePlist(file, PlistValue(page), PropertyListSerialization::Format::XML);
     }
     /// Sets (or, with nil, removes) one field of the first item that `which` picks.
     void set(const std::string& definition, const std::function<bool(PlistValue&)>& which, const std::string& field, PlistValue value) const

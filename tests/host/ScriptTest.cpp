@@ -109,24 +109,6 @@ TEST(Script, AnUnreadableDefinitionOpensAnEmptyPageAndSaysWhichFile)
     EXPECT_EQ(run.status, 1);
 }
 
-TEST(Script, ACorruptPreferenceFileIsKeptAsideNotLost)
-{
-    test::TempDir root;
-    test::writeFile(test::under(root.path(), kBatteryLine), "\x01\x02 not a plist");
-    auto run = test::runScript({"--root", root.path().string()},
-                               "open NIMBatteryLineColorsPrefsListController\nshow\nset lowBatteryColorEnabled true\n");
-    ASSERT_EQ(run.status, 0) << run.errors;
-    EXPECT_EQ(run.lines[0]["ids"], nlohmann::json({"chargingParent", "lpmParent", "lowBatteryParent"}));
-    int aside = 0;
-    for (auto& entry : std::filesystem::directory_iterator(test::under(root.path(), kBatteryLine).parent_path())) {
-        if (entry.path().filename().string().starts_with("com.veltram.nimbraprefs.batteryline.plist.corrupt-")) {
-            ++aside;
-            EXPECT_EQ(test::readFile(entry.path()), "\x01\x02 not a plist");
-        }
-    }
-    EXPECT_EQ(aside, 1);
-}
-
 TEST(Script, TheShippedTourRunsToItsEnd)
 {
     test::TempDir root;
