@@ -66,6 +66,13 @@ ServerSession::Json ServerSession::state()
 {
     Json state = _session->state();
     state["seq"] = _sequence;
+    // Each page of the stack by its identity, so that a screen can tell a push or a pop from a new
+    // stack however many changes one answer brings.
+    auto pages = _session->pages();
+    auto& stack = state["stack"];
+    for (std::size_t level = 0; level < stack.size() && level < pages.size(); ++level)
+        if (pages[level])
+            stack[level]["uid"] = identity(pages[level]);
     auto page = _session->topPage();
     if (!page || !state["page"].is_object())
         return state;

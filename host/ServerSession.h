@@ -59,8 +59,8 @@ public:
     /// Records that a gesture's answer carried every event up to sequence to client ("": nobody).
     void setAnswered(const std::string& client, std::uint64_t sequence);
     /// What the screen shows (Session::state) with the sequence number of its last event and the
-    /// identities of the top page and its rows; image rows carry the stored picture their preview
-    /// shows.
+    /// identities ("uid") of the pages of the stack, the top page and its rows; image rows carry the
+    /// stored picture their preview shows.
     Json state();
     /// {"seq","missed","events"}: the events numbered above since (each with its "seq"); missed
     /// when since is behind the kept history or ahead of this session.

@@ -38,6 +38,14 @@ std::shared_ptr<PSListController> Session::topPage() const
     return std::dynamic_pointer_cast<PSListController>(_navigation->topViewController());
 }
 
+std::vector<std::shared_ptr<PSListController>> Session::pages() const
+{
+    std::vector<std::shared_ptr<PSListController>> pages;
+    for (auto& controller : _navigation->viewControllers())
+        pages.push_back(std::dynamic_pointer_cast<PSListController>(controller));
+    return pages;
+}
+
 std::shared_ptr<PSListController> Session::requireTopPage() const
 {
     auto page = topPage();

@@ -79,6 +79,8 @@ public:
     Process& process() { return *_process; }
     /// The page on top of the navigation stack, or nullptr.
     std::shared_ptr<PSListController> topPage() const;
+    /// The pages of the navigation stack from its bottom up (nullptr where a controller is no page).
+    std::vector<std::shared_ptr<PSListController>> pages() const;
 
     // The user's gestures.
     void open(const std::string& className);

@@ -30,10 +30,18 @@ struct CachedDefinition {
     PSPageDefinition::Loaded loaded;
 };
 
-/// The process's parsed definitions, by host path.
+/// The parsed definitions of the whole program, by host path: immutable once parsed, so every
+/// session (each its own Process) shares them.
 struct DefinitionCache {
+    std::mutex mutex;
     std::map<std::string, CachedDefinition, std::less<>> byPath;
 };
+
+DefinitionCache& definitionCache()
+{
+    static DefinitionCache* cache = new DefinitionCache;  // never destroyed: used until the very end
+    return *cache;
+}
 
 PSPageDefinition::Loaded parse(const std::filesystem::path& path, const std::string& file)
 {
@@ -99,18 +107,19 @@ PSSharedProperties PSPageDefinition::resolvedItem(std::size_t index) const
         classes[i] = NSClassFromString(names[i].second);
     const std::span<const ObjCClass*> resolved(classes.data(), names.size());
     std::lock_guard lock(_resolving);
-    Resolution& resolution = _resolved[index];
-    if (!resolution.properties.dictionary || !std::ranges::equal(resolution.classes, resolved)) {
-        auto properties = std::make_shared<PlistDictionary>(*_items[index]);
-        for (std::size_t i = 0; i < names.size(); ++i) {
-            if (classes[i])
-                (*properties)[names[i].first] = PlistValue(classes[i]);
-            else
-                properties->erase(names[i].first);
-        }
-        resolution = {{resolved.begin(), resolved.end()}, PSSharedProperties::of(std::move(properties))};
+    auto& resolutions = _resolved[index];
+    for (const Resolution& resolution : resolutions)
+        if (std::ranges::equal(resolution.classes, resolved))
+            return resolution.properties;
+    auto properties = std::make_shared<PlistDictionary>(*_items[index]);
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        if (classes[i])
+            (*properties)[names[i].first] = PlistValue(classes[i]);
+        else
+            properties->erase(names[i].first);
     }
-    return resolution.properties;
+    resolutions.push_back({{resolved.begin(), resolved.end()}, PSSharedProperties::of(std::move(properties))});
+    return resolutions.back().properties;
 }
 
 namespace {
@@ -143,11 +152,19 @@ PSPageDefinition::Loaded PSPageDefinition::named(std::string_view name)
         return {nullptr, "page definition \"" + file + "\" is missing"};
     // Taken before the file is read: a change made while it is read shows as a new identity next time.
     FileIdentity identity{st.st_dev, st.st_ino, st.st_size, st.st_mtim.tv_sec, st.st_mtim.tv_nsec};
-    auto& cache = process.global<DefinitionCache>().byPath;
-    auto cached = cache.find(path.native());
-    if (cached != cache.end() && cached->second.identity == identity)
-        return cached->second.loaded;
+    DefinitionCache& cache = definitionCache();
+    {
+        std::lock_guard lock(cache.mutex);
+        auto cached = cache.byPath.find(path.native());
+        if (cached != cache.byPath.end() && cached->second.identity == identity)
+            return cached->second.loaded;
+    }
+    // Parsed outside the lock: sessions opening other pages go on meanwhile. Two sessions that parse
+    // the same file at once keep the first one's definition.
     Loaded loaded = parse(path, file);
-    cache[path.native()] = {identity, loaded};
-    return loaded;
+    std::lock_guard lock(cache.mutex);
+    auto [cached, added] = cache.byPath.try_emplace(path.native(), CachedDefinition{identity, loaded});
+    if (!added && cached->second.identity != identity)
+        cached->second = {identity, std::move(loaded)};
+    return cached->second.loaded;
 }

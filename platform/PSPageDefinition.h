@@ -1,9 +1,11 @@
 #pragma once
 // A page definition ("<name>.plist" among the bundle's resources) as parsed: its rows' property
 // dictionaries, in order, and its title. Definitions are parsed once per file and kept for the
-// life of the process, keyed by the file's identity (path, device, inode, size, modification
+// life of the program, keyed by the file's identity (path, device, inode, size, modification
 // time): a definition whose file changed on disk is read again, one that did not is never
-// re-parsed. Pages make fresh specifier objects from the kept rows on every load.
+// re-parsed. A definition is immutable once made, so every session of the program (each its own
+// Process) shares it, from any thread. Pages make fresh specifier objects from the kept rows on
+// every load.
 
 #include "platform/PSSpecifier.h"
 #include "platform/PlistValue.h"
@@ -51,14 +53,15 @@ public:
 
     /// Row index's properties as a specifier holds them: a string "cellClass" or "detail" becomes
     /// the class it names in the current process, and is left out when no loaded image defines
-    /// it. The same immutable dictionary is answered while the same classes resolve (a library
-    /// opened since may resolve more), so rows made from it may share it. index < items().size().
+    /// it. The same immutable dictionary is answered whenever the same classes resolve (a library
+    /// opened since may resolve more, and processes differ in what they opened), so rows made from
+    /// it may share it. index < items().size().
     PSSharedProperties resolvedItem(std::size_t index) const;
 
     PSPageDefinition(std::vector<PlistDictionary> items, PlistValue title);
 
 private:
-    /// A row's class-valued keys as last resolved, and the dictionary made for that resolution.
+    /// A row's class-valued keys as resolved once, and the dictionary made for that resolution.
     struct Resolution {
         std::vector<const ObjCClass*> classes;
         PSSharedProperties properties;
@@ -72,5 +75,6 @@ private:
     std::vector<std::vector<std::pair<std::string, std::string>>> _classNames;
     PlistValue _title;
     mutable std::mutex _resolving;
-    mutable std::vector<Resolution> _resolved;
+    /// Per row, each resolution met so far (at most four: two keys, each resolved or not).
+    mutable std::vector<std::vector<Resolution>> _resolved;
 };

@@ -13,7 +13,9 @@ import { closeSublist } from './sublist.js';
 
 /**
  * Makes the view of page current, sliding it in or out as the stack of state says, and answers it
- * (null when there is no page: every view is dropped).
+ * (null when there is no page: every view is dropped). The stack drawn follows the session's page
+ * by page, whatever one answer brought: one page more is a push, fewer pages of the same stack a
+ * pop, anything else a new stack.
  */
 export function showPage(page, previous, state) {
   if (!page) {
@@ -23,36 +25,28 @@ export function showPage(page, previous, state) {
     return null;
   }
   const uid = page.uid;
-  const topUid = screen.stack[screen.stack.length - 1];
-  if (topUid === uid) return screen.pages.get(uid);
+  const uids = state.stack.map((entry, level) => entry.uid ?? `${level}:${entry.class}`);
+  uids[uids.length - 1] = uid;
+  const drawn = screen.stack;
+  const topUid = drawn[drawn.length - 1];
+  const oldView = topUid !== undefined ? screen.pages.get(topUid) : null;
+  const startsWith = (longer, shorter) => shorter.every((id, level) => longer[level] === id);
+  let direction = 'none';
+  if (previous && previous.page && uids.length === drawn.length + 1 && startsWith(uids, drawn)) direction = 'push';
+  else if (uids.length < drawn.length && startsWith(drawn, uids)) direction = 'pop';
+  screen.stack = uids;
+  // The views of pages gone from the stack go; the one leaving once it has slid out.
+  for (const [id, view] of screen.pages) {
+    if (uids.includes(id)) continue;
+    screen.pages.delete(id);
+    if (view !== oldView) view.element.remove();
+  }
+  if (topUid === uid && oldView) return oldView;
 
   if (screen.sublist) closeSublist(true);
-  const oldView = topUid !== undefined ? screen.pages.get(topUid) : null;
-  const depth = state.stack.length;
-  const at = screen.stack.indexOf(uid);
-  let view;
-  let direction = 'none';
-  if (at >= 0 && depth === at + 1) {
-    // Back to a page still on the stack: the pages above it are gone.
-    for (const gone of screen.stack.splice(at + 1)) {
-      const goneView = screen.pages.get(gone);
-      screen.pages.delete(gone);
-      if (goneView && goneView !== oldView) goneView.element.remove();
-    }
-    view = screen.pages.get(uid);
-    direction = 'pop';
-    if (oldView) screen.pages.delete(topUid);
-  } else {
+  let view = screen.pages.get(uid);
+  if (!view) {
     view = new PageView(uid);
-    if (previous && previous.page && depth === screen.stack.length + 1) {
-      direction = 'push';
-      screen.stack.push(uid);
-    } else {
-      // A new stack (the app launched afresh, or a browser that was away): drop every view.
-      for (const other of screen.pages.values()) if (other !== oldView) other.element.remove();
-      screen.pages.clear();
-      screen.stack = [uid];
-    }
     screen.pages.set(uid, view);
     $('#pages').append(view.element);
   }

@@ -83,3 +83,48 @@ test('a deep link shows its page at once; a jump slides only its last page', () 
   assert.deepEqual([back.page, back.direction, back.animated], [CC, 'pop', true]);
   await closeTab(page);
 }));
+
+test('changes that reach a tab together keep its stack true: the next page slides in and takes focus', () => withServer(enabledServer(), async (server) => {
+  const page = await openTab(server);
+  const session = await page.evaluate(() => sessionStorage.getItem('nimbra-session'));
+  const external = async (route, body) => {
+    const response = await fetch(new URL(route, server.url), {
+      method: 'POST',
+      headers: { 'Content-Type': 'application/json', 'X-Nimbra-Session': session },
+      body: JSON.stringify(body),
+    });
+    assert.equal(response.status, 200, route);
+  };
+  // The tab's requests for events are held while another program opens two pages on its session,
+  // so that one answer brings both.
+  let release;
+  const held = new Promise((resolve) => (release = resolve));
+  await page.route('**/api/events?*', async (route) => {
+    await held;
+    await route.continue();
+  });
+  // The request for events already under way brings the first page alone.
+  await external('/api/open', { class: HOME });
+  await waitForStack(page, [ROOT, HOME]);
+  await external('/api/open', { class: DOCK });
+  await external('/api/open', { class: CC });
+  release();
+  await waitForStack(page, [ROOT, HOME, DOCK, CC]);
+  await page.unroute('**/api/events?*');
+  assert.deepEqual(await page.evaluate(() => window.nimbra.stack.length), 4, 'the stack drawn is the session\u2019s, page by page');
+
+  // The next page is a push: it slides in and its title takes focus; Back slides it out again.
+  const before = await page.evaluate(() => window.nimbra.slides.length);
+  await external('/api/open', { class: SLIDERS });
+  await waitForStack(page, [ROOT, HOME, DOCK, CC, SLIDERS]);
+  await page.waitForFunction(() => document.activeElement && document.activeElement.id === 'nav-title-text');
+  await page.locator('#nav-back').click();
+  await waitForStack(page, [ROOT, HOME, DOCK, CC]);
+  await page.locator('#nav-back').click();
+  await waitForStack(page, [ROOT, HOME, DOCK]);
+  const slides = (await page.evaluate(() => window.nimbra.slides)).slice(before).map((slide) => [slide.page, slide.direction]);
+  assert.deepEqual(slides, [[SLIDERS, 'push'], [CC, 'pop'], [DOCK, 'pop']]);
+  const views = await page.locator('.page').evaluateAll((nodes) => nodes.map((node) => node.dataset.page));
+  assert.ok(views.every((shown) => [ROOT, HOME, DOCK].includes(shown)) && views.length <= 3, `no view is left of the pages gone: ${views}`);
+  await closeTab(page);
+}));

@@ -4,12 +4,16 @@
 #include "platform/DarwinNotifyCenter.h"
 #include "platform/HBPreferences.h"
 #include "platform/PSListController.h"
+#include "platform/ProcessScope.h"
 #include "platform/PropertyListSerialization.h"
 
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
 #include <sys/stat.h>
+
+#include <atomic>
+#include <thread>
 
 namespace {
 
@@ -144,6 +148,52 @@ TEST_F(ModelTest, ADefinitionIsParsedOnceWhileItsFileStaysTheSameAndEveryLoadMak
 
     define("pages/Test/Cached", items({"a1", "b1", "c1"}));
     EXPECT_EQ(page->loadSpecifiersFromPlistName("pages/Test/Cached", page).size(), 3u) << "a changed file is read again";
+    EXPECT_TRUE(errors().empty());
+}
+
+TEST_F(ModelTest, EveryProcessSharesOneParseAndResolvesItsClassesForItself)
+{
+    auto colorRow = row("color", "PSLinkCell");
+    colorRow["cellClass"] = PlistValue("SparkColourPickerCell");
+    define("pages/Test/Shared", PlistValue(PlistDictionary{{"items", PlistValue(PlistArray{PlistValue(row("plain")), PlistValue(colorRow)})}}));
+    auto mine = page->loadSpecifiersFromPlistName("pages/Test/Shared", page);
+    ASSERT_EQ(mine.size(), 2u);
+
+    // Another session's process, which has opened the colour-picker library this one has not.
+    test::TempDir otherRoot;
+    test::writeFile(test::under(otherRoot.path(), "/var/jb/usr/lib/libsparkcolourpicker.dylib"), "library");
+    SpecifierArray theirs;
+    {
+        ProcessScope none(nullptr);
+        Process other(Process::Options{.root = otherRoot.path(), .resources = resources.path()});
+        ASSERT_TRUE(Darwin::dlopen("/var/jb/usr/lib/libsparkcolourpicker.dylib", Darwin::kRTLDLazy));
+        auto theirPage = NSObject::make<PSListController>();
+        theirs = theirPage->loadSpecifiersFromPlistName("pages/Test/Shared", theirPage);
+        ASSERT_EQ(theirs.size(), 2u);
+        ASSERT_NE(theirs[1]->cellClass(), nullptr);
+        EXPECT_EQ(theirs[1]->cellClass()->name, "SparkColourPickerCell");
+    }
+    EXPECT_EQ(&mine[0]->properties(), &theirs[0]->properties()) << "one parsed row serves both processes";
+    auto again = page->loadSpecifiersFromPlistName("pages/Test/Shared", page);
+    EXPECT_EQ(again[1]->cellClass(), nullptr) << "this process has not opened the library";
+    EXPECT_EQ(&again[1]->properties(), &mine[1]->properties()) << "each resolution is made once";
+    EXPECT_NE(&again[1]->properties(), &theirs[1]->properties());
+
+    // Sessions on threads of their own open pages at once.
+    std::vector<std::thread> threads;
+    std::atomic<int> whole = 0;
+    for (int t = 0; t < 4; ++t)
+        threads.emplace_back([&] {
+            ProcessScope none(nullptr);
+            Process process(Process::Options{.root = root.path(), .resources = resources.path()});
+            auto threadPage = NSObject::make<PSListController>();
+            for (int i = 0; i < 50; ++i)
+                if (threadPage->loadSpecifiersFromPlistName("pages/Test/Shared", threadPage).size() == 2)
+                    ++whole;
+        });
+    for (auto& thread : threads)
+        thread.join();
+    EXPECT_EQ(whole, 200);
     EXPECT_TRUE(errors().empty());
 }
 
