@@ -45,7 +45,7 @@ void WebServer::Impl::uploadRoutes()
             ServerSession& main = sessions.main();
             std::lock_guard lock(main.mutex);
             auto scope = main.activate();
-            std::string bytes = SettingsBackup::collect().data();
+            std::string bytes = SettingsBackup::collectData();
             res.set_header("Content-Disposition", "attachment; filename=\"Nimbra Settings.plist\"");
             res.set_header("Cache-Control", "no-store");
             res.set_content(std::move(bytes), "application/x-plist");

@@ -10,6 +10,7 @@
 
 #include <stb/stb_image.h>
 
+#include <dirent.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -90,17 +91,37 @@ fs::path hostPath(const std::string& logical)
     return *path;
 }
 
-/// The files of a folder that read as regular files, by name: a link to a file is in (the pages
-/// read and write through it), a link to nothing or to a folder is not.
-std::vector<std::string> filesIn(const fs::path& folder)
+/// The product's domain files of the Preferences folder ("IDENTIFIER.plist").
+bool isDomainFileName(std::string_view name)
+{
+    return name.ends_with(".plist") && SettingsBackup::isProductDomain(name.substr(0, name.size() - 6));
+}
+
+bool isPictureFileName(std::string_view name)
+{
+    return name.ends_with(".png");
+}
+
+/// The files of a folder whose names pass wanted and that read as regular files, by name: a link
+/// to a file is in (the pages read and write through it), a link to nothing or to a folder is not.
+/// Only a link (or an entry of unknown type) costs a look at what it names.
+std::vector<std::string> filesIn(const fs::path& folder, bool (*wanted)(std::string_view))
 {
     std::vector<std::string> names;
-    std::error_code ec;
-    for (fs::directory_iterator it(folder, ec), end; !ec && it != end; it.increment(ec)) {
-        std::error_code entryError;
-        if (it->status(entryError).type() == fs::file_type::regular)
-            names.push_back(it->path().filename().string());
+    DIR* dir = ::opendir(folder.c_str());
+    if (!dir)
+        return names;
+    while (const dirent* entry = ::readdir(dir)) {
+        std::string_view name = entry->d_name;
+        if (!wanted(name))
+            continue;
+        struct stat info {};
+        if (entry->d_type == DT_REG ||
+            ((entry->d_type == DT_LNK || entry->d_type == DT_UNKNOWN) && ::stat((folder / name).c_str(), &info) == 0 &&
+             S_ISREG(info.st_mode)))
+            names.emplace_back(name);
     }
+    ::closedir(dir);
     std::sort(names.begin(), names.end());
     return names;
 }
@@ -229,41 +250,45 @@ bool SettingsBackup::isProductDomain(std::string_view identifier)
     return HBPreferences::isValidIdentifier(identifier);
 }
 
-SettingsBackup SettingsBackup::collect(std::vector<std::string>* skipped)
+std::string SettingsBackup::collectData(std::vector<std::string>* skipped)
 {
-    SettingsBackup backup;
     auto skip = [&](const std::string& what) {
         if (skipped)
             skipped->push_back(what);
     };
+    using Writer = PropertyListSerialization::BinaryPropertyListWriter;
+    Writer writer;
+    std::vector<std::pair<std::string, Writer::Reference>> domains, pictures;
     fs::path preferences = hostPath(std::string(kPreferencesFolder));
-    for (const std::string& name : filesIn(preferences)) {
-        if (!name.ends_with(".plist"))
-            continue;
-        std::string identifier = name.substr(0, name.size() - 6);
-        if (!isProductDomain(identifier))
-            continue;
+    for (const std::string& name : filesIn(preferences, isDomainFileName)) {
         auto bytes = AtomicFile::read(preferences / name, HBPreferences::kMaximumFileSize);
         auto parsed = bytes ? PropertyListSerialization::propertyListWithData(*bytes) : std::nullopt;
         if (!parsed || parsed->kind() != PlistValue::Kind::Dictionary || !isPropertyList(*parsed)) {
             skip(std::string(kPreferencesFolder) + name + " (damaged)");
             continue;
         }
-        backup._domains.emplace(identifier, std::move(*parsed));
+        // Written now and dropped: the values of every domain are never held at once.
+        domains.emplace_back(name.substr(0, name.size() - 6), writer.add(*parsed));
     }
-    fs::path pictures = hostPath(std::string(kPictureFolder));
-    for (const std::string& name : filesIn(pictures)) {
-        if (!name.ends_with(".png"))
-            continue;
+    fs::path pictureFolder = hostPath(std::string(kPictureFolder));
+    for (const std::string& name : filesIn(pictureFolder, isPictureFileName)) {
         std::string base = name.substr(0, name.size() - 4);
-        auto bytes = AtomicFile::read(pictures / name, kMaximumPicture);
+        auto bytes = AtomicFile::read(pictureFolder / name, kMaximumPicture);
         if (!isPictureName(base) || !bytes || !isPng(*bytes)) {
             skip(std::string(kPictureFolder) + name + " (not a PNG picture of at most " + sizeText(kMaximumPicture) + ")");
             continue;
         }
-        backup._pictures.emplace(base, std::move(*bytes));
+        pictures.emplace_back(base, writer.addData(*bytes));
     }
-    return backup;
+    Writer::Reference top = writer.addDictionary({
+        {"format", writer.add(PlistValue(kFormat))},
+        {"version", writer.add(PlistValue(static_cast<long long>(kVersion)))},
+        {"domains", writer.addDictionary(std::move(domains))},
+        {"pictures", writer.addDictionary(std::move(pictures))},
+    });
+    // Binary: the one property-list format that holds every value exactly (a date's fraction, an
+    // integer past 2^63, a UID, a string with any character).
+    return std::string(writer.finish(top));
 }
 
 std::string SettingsBackup::stamp()
@@ -278,7 +303,7 @@ std::string SettingsBackup::stamp()
     };
     auto add = [&](const fs::path& folder, const std::string& name) {
         struct stat info {};
-        // Through a link, as collect() reads it.
+        // Through a link, as collectData() reads it.
         if (::stat((folder / name).c_str(), &info) != 0)
             return;
         std::int64_t facts[] = {static_cast<std::int64_t>(info.st_size), static_cast<std::int64_t>(info.st_mtim.tv_sec),
@@ -288,34 +313,14 @@ std::string SettingsBackup::stamp()
         mix(facts, sizeof facts);
     };
     fs::path preferences = hostPath(std::string(kPreferencesFolder));
-    for (const std::string& name : filesIn(preferences))
-        if (name.ends_with(".plist") && isProductDomain(name.substr(0, name.size() - 6)))
-            add(preferences, name);
+    for (const std::string& name : filesIn(preferences, isDomainFileName))
+        add(preferences, name);
     fs::path pictures = hostPath(std::string(kPictureFolder));
-    for (const std::string& name : filesIn(pictures))
-        if (name.ends_with(".png"))
-            add(pictures, name);
+    for (const std::string& name : filesIn(pictures, isPictureFileName))
+        add(pictures, name);
     char text[17];
     std::snprintf(text, sizeof text, "%016llx", static_cast<unsigned long long>(hash));
     return text;
-}
-
-std::string SettingsBackup::data() const
-{
-    PlistDictionary domains, pictures;
-    for (auto& [identifier, values] : _domains)
-        domains.emplace(identifier, values);
-    for (auto& [name, bytes] : _pictures)
-        pictures.emplace(name, PlistValue(PlistData{std::vector<std::uint8_t>(bytes.begin(), bytes.end())}));
-    PlistDictionary top{
-        {"format", PlistValue(std::string(kFormat))},
-        {"version", PlistValue(static_cast<long long>(kVersion))},
-        {"domains", PlistValue(std::move(domains))},
-        {"pictures", PlistValue(std::move(pictures))},
-    };
-    // Binary: the one property-list format that holds every value exactly (a date's fraction, an
-    // integer past 2^63, a UID, a string with any character).
-    return PropertyListSerialization::dataWithPropertyList(PlistValue(std::move(top)), PropertyListSerialization::Format::Binary);
 }
 
 SettingsBackup SettingsBackup::fromData(std::string_view bytes)

@@ -46,10 +46,12 @@ public:
     /// The largest picture a backup may hold.
     static constexpr std::size_t kMaximumPicture = 16 << 20;
 
-    /// What the current root stores now. Files that cannot be backed up (a damaged preference
-    /// file, a picture that is not PNG) are left out and named in skipped, when given.
-    static SettingsBackup collect(std::vector<std::string>* skipped = nullptr);
-    /// A stamp of what collect() would read now: it changes whenever a file of the product's domains
+    /// A backup of what the current root stores now, as a binary property list, made a file at a
+    /// time (each domain's values are written and dropped before the next is read). Files that
+    /// cannot be backed up (a damaged preference file, a picture that is not PNG) are left out and
+    /// named in skipped, when given.
+    static std::string collectData(std::vector<std::string>* skipped = nullptr);
+    /// A stamp of what collectData() would read now: it changes whenever a file of the product's domains
     /// or a picture is written, replaced, added or removed (by this process or any other), and is
     /// cheap to take (one stat per file, nothing read).
     static std::string stamp();
@@ -59,8 +61,6 @@ public:
     /// kMaximumSize (not read), or not valid.
     static SettingsBackup fromFile(const std::filesystem::path& file);
 
-    /// The backup as a binary property list.
-    std::string data() const;
     /// What a restore would change now, one JSON object each: {"domain","key","old","new"} for a
     /// value (null where absent), {"picture","old","new"} for a picture (sizes in bytes, old null
     /// when absent). Domains in identifier order, keys in key order, then pictures.

@@ -173,7 +173,7 @@ int exportBackup(const Arguments& arguments, const char* argv0)
         usageError("export takes at most one file");
     Process process(processOptions(arguments, argv0));
     std::vector<std::string> skipped;
-    std::string bytes = SettingsBackup::collect(&skipped).data();
+    std::string bytes = SettingsBackup::collectData(&skipped);
     for (auto& file : skipped)
         std::cerr << "nimbra-prefs: left out of the backup: " << file << '\n';
     if (arguments.rest.empty() || arguments.rest[0] == "-") {

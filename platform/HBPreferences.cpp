@@ -67,7 +67,7 @@ std::string HBPreferences::damagedFileAside(const std::string& file)
 
 std::optional<bool> HBPreferences::fileIsDamaged() const
 {
-    Stored stored = loadForWrite();
+    Stored stored = loadForWrite(Reading::Check);
     if (stored.state == Stored::State::Unreadable)
         return std::nullopt;
     return stored.state == Stored::State::Corrupt;
@@ -102,7 +102,7 @@ HBPreferences::HBPreferences(std::string identifier)
         _file = Process::current().hostPath(pathForIdentifier(_identifier));
 }
 
-HBPreferences::Stored HBPreferences::load() const
+HBPreferences::Stored HBPreferences::load(Reading reading) const
 {
     Stored stored;
     if (!_file)
@@ -120,6 +120,10 @@ HBPreferences::Stored HBPreferences::load() const
         return stored;
     case AtomicFile::ReadStatus::Read:
         break;
+    }
+    if (reading == Reading::Check) {
+        stored.state = PropertyListSerialization::isDictionaryData(contents.bytes) ? Stored::State::Values : Stored::State::Corrupt;
+        return stored;
     }
     std::optional<PlistValue> parsed = PropertyListSerialization::propertyListWithData(contents.bytes);
     if (!parsed || parsed->kind() != PlistValue::Kind::Dictionary) {
@@ -233,11 +237,11 @@ bool HBPreferences::refuse(std::string_view what, const std::string& reason) con
     return false;
 }
 
-HBPreferences::Stored HBPreferences::loadForWrite() const
+HBPreferences::Stored HBPreferences::loadForWrite(Reading reading) const
 {
-    Stored stored = load();
+    Stored stored = load(reading);
     for (int attempt = 1; attempt < kReadAttempts && stored.state == Stored::State::Unreadable; ++attempt)
-        stored = load();
+        stored = load(reading);
     return stored;
 }
 

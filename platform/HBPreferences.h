@@ -120,10 +120,13 @@ private:
     };
 
     const PlistDictionary& current();
+    /// What a read of the file finds: its values, or (Check) only whether it holds a dictionary,
+    /// with no value made.
+    enum class Reading { Values, Check };
     /// Reads and parses the file afresh.
-    Stored load() const;
+    Stored load(Reading reading = Reading::Values) const;
     /// load(), read again while the file cannot be read (kReadAttempts in all).
-    Stored loadForWrite() const;
+    Stored loadForWrite(Reading reading = Reading::Values) const;
     /// The write path: under the domain's lock, change(values, existed) edits what the file holds;
     /// when it answers true the result is stored. `what` names the change in error messages.
     template <class Change> bool modify(std::string_view what, Change change);

@@ -13,6 +13,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <limits>
+#include <memory>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -65,13 +66,19 @@ template <class Unit> std::string utf16ToUtf8(std::size_t count, Unit unit)
     return out;
 }
 
-/// Whether text is all ASCII.
+/// Whether text is all ASCII (read eight bytes at a time).
 bool isAscii(std::string_view text)
 {
-    unsigned char seen = 0;
-    for (char c : text)
-        seen |= static_cast<unsigned char>(c);
-    return seen < 0x80;
+    std::uint64_t seen = 0;
+    std::size_t i = 0;
+    for (; i + 8 <= text.size(); i += 8) {
+        std::uint64_t eight;
+        std::memcpy(&eight, text.data() + i, 8);
+        seen |= eight;
+    }
+    for (; i < text.size(); ++i)
+        seen |= static_cast<unsigned char>(text[i]);
+    return (seen & 0x8080808080808080ULL) == 0;
 }
 
 /// Decodes the UTF-8 character at text[i], advancing i; invalid bytes read as U+FFFD, one each.
@@ -149,28 +156,48 @@ void civilFromDays(std::int64_t z, std::int64_t& y, unsigned& m, unsigned& d)
 
 constexpr std::string_view kBinaryMagic = "bplist00";
 
+/// Reads a binary property list in one walk that also checks it, so that hostile bytes cost no
+/// more than the walk: every offset and reference inside the file, no NUL in a string, no
+/// container that contains itself, containers nested at most PropertyListCheck::kMaxDepth deep
+/// (the recursion stops there), and at most kMaxNodes nodes and kMaxExpandedBytes bytes of
+/// strings and data once every reference is expanded into its own copy (counted per container, a
+/// shared one once). With Build it makes the values: a container referred to again is shared, as
+/// it was read the first time; leaves are read again (it costs what a copy would). Without, it
+/// only checks, and answers the top object's marker type.
+template <bool Build>
 class BinaryReader {
 public:
+    using Value = std::conditional_t<Build, PlistValue, unsigned>;
+
     explicit BinaryReader(std::string_view bytes)
         : _bytes(bytes)
     {
     }
 
-    std::optional<PlistValue> read()
+    /// The top-level value, or nothing when the bytes are not a property list (problem() says why).
+    std::optional<Value> read()
     {
-        if (_bytes.size() < kBinaryMagic.size() + 32)
-            return std::nullopt;
+        if (_bytes.size() < kBinaryMagic.size() + 1 + 32)
+            return refuse("a binary plist too short for its trailer");
         std::size_t trailer = _bytes.size() - 32;
         _offsetSize = byte(trailer + 6);
         _refSize = byte(trailer + 7);
         _count = number(trailer + 8, 8);
         std::uint64_t top = number(trailer + 16, 8);
         _table = number(trailer + 24, 8);
-        if (_offsetSize < 1 || _offsetSize > 8 || _refSize < 1 || _refSize > 8 || _count == 0 || top >= _count ||
-            _table < kBinaryMagic.size() || _table >= trailer || _count > (trailer - _table) / _offsetSize)
+        if (_offsetSize < 1 || _offsetSize > 8 || _refSize < 1 || _refSize > 8)
+            return refuse("a binary plist with a bad offset or reference size");
+        if (_count == 0 || top >= _count || _table < kBinaryMagic.size() || _table >= trailer ||
+            _count > (trailer - _table) / _offsetSize)
+            return refuse("a binary plist with a bad offset table");
+        _state.assign(_count, Unseen);
+        auto read = object(top, 0);
+        if (!read)
             return std::nullopt;
-        return object(top, 0);
+        return std::move(read->value);
     }
+
+    const std::string& problem() const { return _problem; }
 
 private:
     /// Where an object lies: its type, the low half of its marker, its count (of bytes, units or
@@ -179,6 +206,23 @@ private:
         unsigned type = 0, low = 0;
         std::uint64_t length = 0, content = 0;
     };
+    /// What an object comes to once every reference in it is expanded into its own copy: values
+    /// and keys, bytes of strings and data, and the containers nested in it (itself included).
+    struct Totals {
+        std::uint64_t nodes = 0, bytes = 0, depth = 0;
+    };
+    struct Read {
+        Value value{};
+        Totals totals;
+    };
+    /// Only containers are marked: a leaf met again is read again.
+    enum : std::uint8_t { Unseen, Open, Done };
+
+    std::nullopt_t refuse(std::string why)
+    {
+        _problem = std::move(why);
+        return std::nullopt;
+    }
 
     std::uint8_t byte(std::uint64_t at) const { return static_cast<std::uint8_t>(_bytes[at]); }
 
@@ -209,175 +253,258 @@ private:
         return units <= (_table - header.content) / unit;
     }
 
-    std::optional<Header> header(std::uint64_t index) const
+    std::optional<Header> header(std::uint64_t index)
     {
         const std::uint64_t end = _table;
         std::uint64_t at = number(_table + index * _offsetSize, _offsetSize);
         if (at < kBinaryMagic.size() || at >= end)
-            return std::nullopt;
+            return refuse("an object outside the file");
         std::uint8_t marker = byte(at);
         Header h{static_cast<unsigned>(marker >> 4), static_cast<unsigned>(marker & 0x0F), 0, at + 1};
         h.length = h.low;
         const unsigned type = h.type;
         if ((type == 0x4 || type == 0x5 || type == 0x6 || type == 0x7 || type == 0xA || type == 0xD) && h.low == 0x0F) {
             if (h.content >= end)
-                return std::nullopt;
+                return refuse("an object outside the file");
             std::uint8_t sizeMarker = byte(h.content);
             std::size_t size = std::size_t{1} << (sizeMarker & 0x0F);
             if ((sizeMarker >> 4) != 0x1 || size > 8 || end - h.content - 1 < size)
-                return std::nullopt;
+                return refuse("an object outside the file");
             h.length = number(h.content + 1, size);
             h.content += 1 + size;
         }
         return h;
     }
 
-    /// A string object's text as UTF-8 (ASCII, Latin-1 or UTF-16 in the file); false when the
-    /// object is no string.
-    bool text(const Header& h, std::string& out) const
+    /// Adds a child's totals into its container's; false (with the problem) past a bound.
+    bool add(Totals& totals, const Totals& child)
+    {
+        totals.nodes = std::min<std::uint64_t>(totals.nodes + child.nodes, PropertyListCheck::kMaxNodes + 1);
+        totals.bytes = std::min<std::uint64_t>(totals.bytes + child.bytes, PropertyListCheck::kMaxExpandedBytes + 1);
+        totals.depth = std::max(totals.depth, child.depth);
+        if (totals.nodes > PropertyListCheck::kMaxNodes) {
+            refuse("more than " + std::to_string(PropertyListCheck::kMaxNodes) + " values once its references are expanded");
+            return false;
+        }
+        if (totals.bytes > PropertyListCheck::kMaxExpandedBytes) {
+            refuse("more than " + std::to_string(PropertyListCheck::kMaxExpandedBytes >> 20) +
+                   " MiB once its references are expanded");
+            return false;
+        }
+        return true;
+    }
+
+    std::nullopt_t tooDeep()
+    {
+        return refuse("containers nested deeper than " + std::to_string(PropertyListCheck::kMaxDepth) + " levels");
+    }
+
+    /// Checks a string object (ASCII, Latin-1 or UTF-16 in the file): inside the file and without
+    /// NUL. Its expanded size (as UTF-8 at most), or nothing.
+    std::optional<std::uint64_t> checkText(const Header& h)
     {
         switch (h.type) {
-        case 0x5: {
-            if (!fits(h, h.length, 1))
-                return false;
-            std::string_view bytes = _bytes.substr(h.content, h.length);
-            if (isAscii(bytes)) {
-                out.assign(bytes);
-                return true;
-            }
-            out.clear();  // bytes past ASCII are Latin-1 characters
-            for (char c : bytes)
-                appendUtf8(out, static_cast<std::uint8_t>(c));
-            return true;
-        }
-        case 0x6:
-            if (!fits(h, h.length, 2))
-                return false;
-            out = utf16ToUtf8(h.length, [&](std::size_t i) { return static_cast<std::uint32_t>(number(h.content + 2 * i, 2)); });
-            return true;
+        case 0x5:
         case 0x7:
             if (!fits(h, h.length, 1))
-                return false;
-            out.assign(_bytes.substr(h.content, h.length));
-            return true;
+                return refuse("an object outside the file");
+            if (std::memchr(_bytes.data() + h.content, 0, h.length))
+                return refuse("a string holding a NUL byte");
+            return h.length;
+        case 0x6:
+            if (!fits(h, h.length, 2))
+                return refuse("an object outside the file");
+            for (std::uint64_t i = 0; i < h.length; ++i)
+                if (_bytes[h.content + 2 * i] == 0 && _bytes[h.content + 2 * i + 1] == 0)
+                    return refuse("a string holding a NUL character");
+            return h.length * 3;
         default:
-            return false;
+            return refuse("a dictionary key that is no string");
         }
     }
 
-    /// The value of object index, or nothing when it is not one. A container referred to again is
-    /// shared, as it was read the first time; leaves are read again (it costs what a copy would).
-    std::optional<PlistValue> object(std::uint64_t index, std::size_t depth)
+    /// A checked string object's text as UTF-8.
+    void text(const Header& h, std::string& out) const
     {
-        if (index >= _count || depth > PropertyListCheck::kMaxDepth)
-            return std::nullopt;
+        if (h.type == 0x6) {
+            out = utf16ToUtf8(h.length, [&](std::size_t i) { return static_cast<std::uint32_t>(number(h.content + 2 * i, 2)); });
+            return;
+        }
+        std::string_view bytes = _bytes.substr(h.content, h.length);
+        if (h.type == 0x7 || isAscii(bytes)) {
+            out.assign(bytes);
+            return;
+        }
+        out.clear();  // bytes past ASCII are Latin-1 characters
+        for (char c : bytes)
+            appendUtf8(out, static_cast<std::uint8_t>(c));
+    }
+
+    /// Object index, nested in depth containers.
+    std::optional<Read> object(std::uint64_t index, std::size_t depth)
+    {
+        if (index >= _count)
+            return refuse("a reference to an object that does not exist");
         auto h = header(index);
         if (!h)
             return std::nullopt;
         if (h->type != 0xA && h->type != 0xD)
             return leaf(*h);
-        if (auto seen = _containers.find(index); seen != _containers.end())
-            return seen->second;
-        auto value = h->type == 0xA ? array(*h, depth) : dictionary(*h, depth);
-        if (value)
-            _containers.emplace(index, *value);
-        return value;
+        if (_state[index] == Open)
+            return refuse("a container that contains itself");
+        if (_state[index] == Done) {
+            const Read& seen = _containers.find(index)->second;
+            if (depth + seen.totals.depth > PropertyListCheck::kMaxDepth)
+                return tooDeep();
+            return seen;
+        }
+        if (depth + 1 > PropertyListCheck::kMaxDepth)
+            return tooDeep();
+        _state[index] = Open;
+        auto read = h->type == 0xA ? array(*h, depth + 1) : dictionary(*h, depth + 1);
+        if (!read)
+            return std::nullopt;
+        read->totals.depth += 1;
+        _state[index] = Done;
+        _containers.emplace(index, *read);
+        return read;
     }
 
-    std::optional<PlistValue> array(const Header& h, std::size_t depth)
+    std::optional<Read> array(const Header& h, std::size_t depth)
     {
         if (!fits(h, h.length, _refSize))
-            return std::nullopt;
+            return refuse("an object outside the file");
+        Totals totals{1, 0, 0};
         PlistArray array;
-        array.reserve(h.length);
+        if constexpr (Build)
+            array.reserve(h.length);
         for (std::uint64_t i = 0; i < h.length; ++i) {
-            auto item = object(number(h.content + i * _refSize, _refSize), depth + 1);
-            if (!item)
+            auto item = object(number(h.content + i * _refSize, _refSize), depth);
+            if (!item || !add(totals, item->totals))
                 return std::nullopt;
-            array.push_back(std::move(*item));
+            if constexpr (Build)
+                array.push_back(std::move(item->value));
         }
-        return PlistValue(std::move(array));
+        if constexpr (Build)
+            return Read{PlistValue(std::move(array)), totals};
+        else
+            return Read{h.type, totals};
     }
 
-    std::optional<PlistValue> dictionary(const Header& h, std::size_t depth)
+    std::optional<Read> dictionary(const Header& h, std::size_t depth)
     {
-        if (h.length > (_table - h.content) / 2 || !fits(h, h.length * 2, _refSize))
-            return std::nullopt;
+        if (!fits(h, h.length, 2 * std::uint64_t{_refSize}))
+            return refuse("an object outside the file");
+        Totals totals{1, 0, 0};
         PlistDictionary dictionary;
         const std::uint64_t values = h.content + h.length * _refSize;
         std::string key;
         for (std::uint64_t i = 0; i < h.length; ++i) {
             std::uint64_t keyIndex = number(h.content + i * _refSize, _refSize);
-            std::optional<Header> keyHeader;
-            if (keyIndex >= _count || !(keyHeader = header(keyIndex)) || !text(*keyHeader, key))
+            if (keyIndex >= _count)
+                return refuse("a reference to an object that does not exist");
+            auto keyHeader = header(keyIndex);
+            if (!keyHeader)
                 return std::nullopt;
-            auto item = object(number(values + i * _refSize, _refSize), depth + 1);
-            if (!item)
+            auto keyBytes = checkText(*keyHeader);
+            if (!keyBytes || !add(totals, {1, *keyBytes, 0}))
                 return std::nullopt;
-            // Keys usually come in order (sorted by the writer): then each goes in at the end.
-            dictionary.insert_or_assign(dictionary.end(), std::move(key), std::move(*item));
+            auto item = object(number(values + i * _refSize, _refSize), depth);
+            if (!item || !add(totals, item->totals))
+                return std::nullopt;
+            if constexpr (Build) {
+                text(*keyHeader, key);
+                // Keys usually come in order (sorted by the writer): then each goes in at the end.
+                dictionary.insert_or_assign(dictionary.end(), std::move(key), std::move(item->value));
+            }
         }
-        return PlistValue(std::move(dictionary));
+        if constexpr (Build)
+            return Read{PlistValue(std::move(dictionary)), totals};
+        else
+            return Read{h.type, totals};
     }
 
-    std::optional<PlistValue> leaf(const Header& h) const
+    /// A leaf object: checked, then made (with Build) by make().
+    template <class Make>
+    std::optional<Read> made(const Header& h, std::uint64_t bytes, Make make)
+    {
+        if constexpr (Build)
+            return Read{make(), {1, bytes, 0}};
+        else
+            return Read{h.type, {1, bytes, 0}};
+    }
+
+    std::optional<Read> leaf(const Header& h)
     {
         const unsigned low = h.low;
         switch (h.type) {
         case 0x0:
             if (low == 0x8 || low == 0x9)
-                return PlistValue(low == 0x9);
-            return std::nullopt;  // null and fill are no values of a property list
+                return made(h, 0, [&] { return PlistValue(low == 0x9); });
+            break;  // null and fill are no values of a property list
         case 0x1: {
             if (low > 4 || !fits(h, std::uint64_t{1} << low, 1))
-                return std::nullopt;
+                return refuse("an object outside the file");
             if (low < 3)
-                return PlistValue(static_cast<long long>(number(h.content, std::size_t{1} << low)));
+                return made(h, 0, [&] { return PlistValue(static_cast<long long>(number(h.content, std::size_t{1} << low))); });
             if (low == 3)
-                return PlistValue(static_cast<long long>(static_cast<std::int64_t>(number(h.content, 8))));
+                return made(h, 0, [&] { return PlistValue(static_cast<long long>(static_cast<std::int64_t>(number(h.content, 8)))); });
             // 128 bits: what a 64-bit value, signed or unsigned, makes; nothing wider is kept.
             std::uint64_t high = number(h.content, 8), lowBits = number(h.content + 8, 8);
             if (high == 0)
-                return PlistValue::unsignedInteger(lowBits);
+                return made(h, 0, [&] { return PlistValue::unsignedInteger(lowBits); });
             if (high == ~std::uint64_t{0} && (lowBits >> 63))
-                return PlistValue(static_cast<long long>(static_cast<std::int64_t>(lowBits)));
-            return std::nullopt;
+                return made(h, 0, [&] { return PlistValue(static_cast<long long>(static_cast<std::int64_t>(lowBits))); });
+            break;
         }
         case 0x2:
-            if ((low != 2 && low != 3) || !fits(h, std::uint64_t{1} << low, 1))
-                return std::nullopt;
-            return PlistValue(real(h.content, std::size_t{1} << low));
+            if (low > 4 || !fits(h, std::uint64_t{1} << low, 1))
+                return refuse("an object outside the file");
+            if (low == 2 || low == 3)
+                return made(h, 0, [&] { return PlistValue(real(h.content, std::size_t{1} << low)); });
+            break;
         case 0x3:
-            if (low != 3 || !fits(h, 8, 1))
-                return std::nullopt;
-            return PlistValue(PlistDate{real(h.content, 8)});
+            if (!fits(h, 8, 1))
+                return refuse("an object outside the file");
+            if (low == 3)
+                return made(h, 0, [&] { return PlistValue(PlistDate{real(h.content, 8)}); });
+            break;
         case 0x4: {
             if (!fits(h, h.length, 1))
-                return std::nullopt;
+                return refuse("an object outside the file");
             auto first = reinterpret_cast<const std::uint8_t*>(_bytes.data() + h.content);
-            return PlistValue(PlistData{std::vector<std::uint8_t>(first, first + h.length)});
+            return made(h, h.length, [&] { return PlistValue(PlistData{std::vector<std::uint8_t>(first, first + h.length)}); });
         }
         case 0x5:
         case 0x6:
         case 0x7: {
-            std::string out;
-            if (!text(h, out))
+            auto bytes = checkText(h);
+            if (!bytes)
                 return std::nullopt;
-            return PlistValue(std::move(out));
+            return made(h, *bytes, [&] {
+                std::string out;
+                text(h, out);
+                return PlistValue(std::move(out));
+            });
         }
         case 0x8:
-            if (low > 7 || !fits(h, low + 1, 1))
-                return std::nullopt;
-            return PlistValue(PlistUID{number(h.content, low + 1)});
+            if (!fits(h, low + 1, 1))
+                return refuse("an object outside the file");
+            if (low <= 7)
+                return made(h, 0, [&] { return PlistValue(PlistUID{number(h.content, low + 1)}); });
+            break;
         default:
-            return std::nullopt;  // sets and unknown markers
+            break;  // sets and unknown markers
         }
+        return refuse("an object that is no property-list value");
     }
 
     std::string_view _bytes;
     std::uint8_t _offsetSize = 0, _refSize = 0;
     std::uint64_t _count = 0, _table = 0;
-    std::unordered_map<std::uint64_t, PlistValue> _containers;
+    std::vector<std::uint8_t> _state;
+    std::unordered_map<std::uint64_t, Read> _containers;
+    std::string _problem;
 };
 
 // ---------------------------------------------------------------------------------------------
@@ -388,10 +515,40 @@ private:
 /// object is known, after the leaves.
 class BinaryWriter {
 public:
-    std::string write(const PlistValue& top)
+    BinaryWriter() { std::memcpy(grow(kBinaryMagic.size()), kBinaryMagic.data(), kBinaryMagic.size()); }
+
+    std::string write(const PlistValue& top) { return std::string(finish(emit(top))); }
+
+    /// Writes a data object of bytes; its object index.
+    std::uint64_t emitData(std::string_view bytes)
     {
-        std::memcpy(grow(kBinaryMagic.size()), kBinaryMagic.data(), kBinaryMagic.size());
-        std::uint64_t topIndex = emit(top);
+        std::uint64_t index = begin();
+        appendHeader(0x4, bytes.size());
+        if (!bytes.empty())
+            std::memcpy(grow(bytes.size()), bytes.data(), bytes.size());
+        return index;
+    }
+
+    /// Writes a dictionary of objects already written, in key order; its object index.
+    std::uint64_t emitDictionary(std::vector<std::pair<std::string, std::uint64_t>> entries)
+    {
+        std::sort(entries.begin(), entries.end());
+        std::uint64_t index = begin();
+        std::size_t first = _refs.size();
+        _refs.resize(first + 2 * entries.size());
+        std::size_t at = first;
+        for (auto& entry : entries)
+            _refs[at++] = emitString(entry.first);
+        for (auto& entry : entries)
+            _refs[at++] = entry.second;
+        _containers.push_back({index, 0xD, entries.size(), first});
+        return index;
+    }
+
+    /// Ends the property list with object top as its top level: the whole of it, valid while the
+    /// writer lives.
+    std::string_view finish(std::uint64_t topIndex)
+    {
         const std::uint64_t count = _offsets.size();
         const std::uint8_t refSize = sizeFor(count > 0 ? count - 1 : 0);
         for (const Container& container : _containers) {
@@ -416,8 +573,7 @@ public:
         putNumber(at + 8, count, 8);
         putNumber(at + 16, topIndex, 8);
         putNumber(at + 24, table, 8);
-        _out.resize(_used);
-        return std::move(_out);
+        return {_out.get(), _used};
     }
 
 private:
@@ -441,12 +597,18 @@ private:
         return largest <= 0xFF ? 1 : largest <= 0xFFFF ? 2 : largest <= 0xFFFFFFFF ? 4 : 8;
     }
 
-    /// Room for size more bytes at the end of the output.
+    /// Room for size more bytes at the end of the output (left as it is: every byte is written).
     char* grow(std::size_t size)
     {
-        if (_out.size() - _used < size)
-            _out.resize(std::max(_out.size() * 2, _used + size + 256));
-        char* at = _out.data() + _used;
+        if (_capacity - _used < size) {
+            std::size_t capacity = std::max(_capacity * 2, _used + size + 256);
+            auto larger = std::make_unique_for_overwrite<char[]>(capacity);
+            if (_used > 0)
+                std::memcpy(larger.get(), _out.get(), _used);
+            _out = std::move(larger);
+            _capacity = capacity;
+        }
+        char* at = _out.get() + _used;
         _used += size;
         return at;
     }
@@ -507,6 +669,8 @@ private:
         return index;
     }
 
+public:
+    /// Writes value whole (leaves now, containers at the end); its object index.
     std::uint64_t emit(const PlistValue& value)
     {
         using Kind = PlistValue::Kind;
@@ -607,8 +771,9 @@ private:
         return index;
     }
 
-    std::string _out;
-    std::size_t _used = 0;
+private:
+    std::unique_ptr<char[]> _out;
+    std::size_t _capacity = 0, _used = 0;
     std::vector<std::uint64_t> _offsets;
     std::vector<std::uint64_t> _refs;
     std::vector<Container> _containers;
@@ -1203,12 +1368,14 @@ std::optional<double> dateFromIso8601(std::string_view text)
     return whole + fraction;
 }
 
-std::optional<PlistValue> propertyListWithData(std::string_view bytes)
+namespace {
+
+/// The bytes as a reader takes them: XML in UTF-16 as the same text in UTF-8 (made in transcoded),
+/// without a UTF-8 byte-order mark; nothing when they cannot be a property list.
+std::optional<std::string_view> readable(std::string_view bytes, std::string& transcoded)
 {
     if (bytes.empty() || bytes.size() > std::numeric_limits<std::uint32_t>::max())
         return std::nullopt;
-    // XML in UTF-16 is read as the same text in UTF-8; a UTF-8 byte-order mark is skipped.
-    std::string transcoded;
     if (bytes.size() >= 2 && ((bytes[0] == '\xFF' && bytes[1] == '\xFE') || (bytes[0] == '\xFE' && bytes[1] == '\xFF'))) {
         if (bytes.size() % 2 != 0)
             return std::nullopt;
@@ -1217,15 +1384,73 @@ std::optional<PlistValue> propertyListWithData(std::string_view bytes)
     } else if (bytes.starts_with("\xEF\xBB\xBF")) {
         bytes.remove_prefix(3);
     }
-    // Hostile bytes are refused before any parse: no recursion past the depth, no expansion
-    // past the limits.
-    if (bytes.empty() || PropertyListCheck::problem(bytes))
+    if (bytes.empty())
         return std::nullopt;
-    if (bytes.starts_with(kBinaryMagic))
-        return BinaryReader(bytes).read();
-    if (bytes.starts_with("bplist"))
+    return bytes;
+}
+
+}  // namespace
+
+std::optional<PlistValue> propertyListWithData(std::string_view bytes)
+{
+    std::string transcoded;
+    auto text = readable(bytes, transcoded);
+    if (!text)
         return std::nullopt;
-    return XmlReader(bytes).read();
+    // A binary plist is checked as it is read; XML is checked before (no recursion past the depth).
+    if (text->starts_with(kBinaryMagic))
+        return BinaryReader<true>(*text).read();
+    if (text->starts_with("bplist") || PropertyListCheck::problem(*text))
+        return std::nullopt;
+    return XmlReader(*text).read();
+}
+
+bool isDictionaryData(std::string_view bytes)
+{
+    std::string transcoded;
+    auto text = readable(bytes, transcoded);
+    if (text && text->starts_with(kBinaryMagic))
+        return BinaryReader<false>(*text).read() == 0xDu;
+    auto parsed = propertyListWithData(bytes);
+    return parsed && parsed->kind() == PlistValue::Kind::Dictionary;
+}
+
+std::optional<std::string> binaryProblem(std::string_view bytes)
+{
+    BinaryReader<false> reader(bytes);
+    if (reader.read())
+        return std::nullopt;
+    return reader.problem();
+}
+
+struct BinaryPropertyListWriter::Parts : BinaryWriter {};
+
+BinaryPropertyListWriter::BinaryPropertyListWriter()
+    : _parts(std::make_unique<Parts>())
+{
+}
+
+BinaryPropertyListWriter::~BinaryPropertyListWriter() = default;
+
+BinaryPropertyListWriter::Reference BinaryPropertyListWriter::add(const PlistValue& value)
+{
+    return _parts->emit(value.kind() != PlistValue::Kind::Nil && value.kind() != PlistValue::Kind::Class ? value
+                                                                                                         : PlistValue(PlistDictionary{}));
+}
+
+BinaryPropertyListWriter::Reference BinaryPropertyListWriter::addData(std::string_view bytes)
+{
+    return _parts->emitData(bytes);
+}
+
+BinaryPropertyListWriter::Reference BinaryPropertyListWriter::addDictionary(std::vector<std::pair<std::string, Reference>> entries)
+{
+    return _parts->emitDictionary(std::move(entries));
+}
+
+std::string_view BinaryPropertyListWriter::finish(Reference top)
+{
+    return _parts->finish(top);
 }
 
 std::string dataWithPropertyList(const PlistValue& value, Format format)
