@@ -71,8 +71,11 @@ void NimbraImagePicker::imagePickerControllerDidFinishPickingMediaWithInfo(UIIma
     spinner->startAnimating();
     if (info.originalImage && NimbraDomains::isPlainFileName(_fileName)) {
         std::string stored = NimbraDomains::pickedImage(_fileName);
-        std::string png = UIImagePNGRepresentation(*info.originalImage);
-        if (png.empty() || !NSFileManager::defaultManager().writeAtomically(stored, png)) {
+        // Encoded a row at a time into the file: the picture is never held a second time.
+        const UIImage& picture = *info.originalImage;
+        if (!NSFileManager::defaultManager().writeAtomically(stored, [&](const AtomicFile::Sink& put) {
+                return UIImageWritePNG(picture, put);
+            })) {
             // The preview keeps showing the picture that is stored.
             Process::current().events().record(
                 {{"event", "error"}, {"message", "could not store the picture " + stored}, {"path", stored}, {"write", true}});

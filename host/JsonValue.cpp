@@ -7,30 +7,6 @@
 #include <cmath>
 #include <ctime>
 
-namespace {
-
-std::string base64(const std::vector<std::uint8_t>& bytes)
-{
-    static constexpr char alphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    std::string out;
-    out.reserve((bytes.size() + 2) / 3 * 4);
-    for (std::size_t i = 0; i < bytes.size(); i += 3) {
-        std::uint32_t n = bytes[i] << 16;
-        if (i + 1 < bytes.size())
-            n |= bytes[i + 1] << 8;
-        if (i + 2 < bytes.size())
-            n |= bytes[i + 2];
-        out += alphabet[(n >> 18) & 63];
-        out += alphabet[(n >> 12) & 63];
-        out += i + 1 < bytes.size() ? alphabet[(n >> 6) & 63] : '=';
-        out += i + 2 < bytes.size() ? alphabet[n & 63] : '=';
-    }
-    return out;
-}
-
-
-}  // namespace
-
 nlohmann::ordered_json toJson(const PlistValue& value)
 {
     using Kind = PlistValue::Kind;
@@ -43,7 +19,7 @@ nlohmann::ordered_json toJson(const PlistValue& value)
         return value.integerValue();
     case Kind::Real: return value.doubleValue();
     case Kind::String: return value.stringValue();
-    case Kind::Data: return base64(value.dataValue()->bytes);
+    case Kind::Data: return PropertyListSerialization::base64(value.dataValue()->bytes);
     case Kind::Date: return PropertyListSerialization::iso8601(value.dateValue()->secondsSinceReferenceDate);
     case Kind::UID: return nlohmann::ordered_json{{"CF$UID", value.uidValue()->value}};
     case Kind::Array: {

@@ -41,9 +41,9 @@ std::optional<std::string> takeOverMode(int fd, const fs::path& path)
     return std::nullopt;
 }
 
-/// Writes bytes to a new temporary file beside path, flushed; its name, or what failed. With a
-/// staged name, that is the temporary file's name.
-std::optional<std::string> writeTemporary(const fs::path& path, std::string_view bytes, std::string& temporary,
+/// Writes what produce gives to a new temporary file beside path, flushed; its name, or what
+/// failed. With a staged name, that is the temporary file's name.
+std::optional<std::string> writeTemporary(const fs::path& path, const Producer& produce, std::string& temporary,
                                           Temporary naming = Temporary::Unique, const fs::path* staged = nullptr)
 {
     std::error_code ec;
@@ -63,18 +63,23 @@ std::optional<std::string> writeTemporary(const fs::path& path, std::string_view
         return failed("cannot create a temporary file");
     }
     std::optional<std::string> problem = takeOverMode(fd, path);
-    for (std::size_t written = 0; !problem && written < bytes.size();) {
-        ssize_t n = SystemCalls::write(fd, bytes.data() + written, bytes.size() - written);
-        if (n < 0 && errno == EINTR)
-            continue;
-        if (n <= 0) {
-            if (n == 0)
-                errno = EIO;
-            problem = failed("cannot write");
-        } else {
-            written += static_cast<std::size_t>(n);
+    auto put = [&](std::string_view bytes) {
+        for (std::size_t written = 0; !problem && written < bytes.size();) {
+            ssize_t n = SystemCalls::write(fd, bytes.data() + written, bytes.size() - written);
+            if (n < 0 && errno == EINTR)
+                continue;
+            if (n <= 0) {
+                if (n == 0)
+                    errno = EIO;
+                problem = failed("cannot write");
+            } else {
+                written += static_cast<std::size_t>(n);
+            }
         }
-    }
+        return !problem;
+    };
+    if (!problem && !produce(put) && !problem)
+        problem = "cannot make the file's contents";
     if (!problem && SystemCalls::fsync(fd) != 0)
         problem = failed("cannot flush the file to disk");
     if (SystemCalls::close(fd) != 0 && !problem)
@@ -157,10 +162,25 @@ std::optional<std::string> read(const fs::path& path, std::size_t limit, Links l
     return std::move(contents.bytes);
 }
 
+namespace {
+
+/// All of bytes, as a producer.
+Producer whole(std::string_view bytes)
+{
+    return [bytes](const Sink& put) { return put(bytes); };
+}
+
+}  // namespace
+
 std::optional<std::string> replace(const fs::path& path, std::string_view bytes, Temporary naming)
 {
+    return replace(path, whole(bytes), naming);
+}
+
+std::optional<std::string> replace(const fs::path& path, const Producer& produce, Temporary naming)
+{
     std::string temporary;
-    if (auto problem = writeTemporary(path, bytes, temporary, naming))
+    if (auto problem = writeTemporary(path, produce, temporary, naming))
         return problem;
     if (SystemCalls::rename(temporary.c_str(), path.c_str()) != 0) {
         std::string problem = failed("cannot rename the new file into place");
@@ -173,7 +193,7 @@ std::optional<std::string> replace(const fs::path& path, std::string_view bytes,
 std::optional<std::string> stage(const fs::path& staged, std::string_view bytes, const fs::path& target)
 {
     std::string temporary;
-    return writeTemporary(target, bytes, temporary, Temporary::Fixed, &staged);
+    return writeTemporary(target, whole(bytes), temporary, Temporary::Fixed, &staged);
 }
 
 std::optional<std::string> flushFolderOf(const fs::path& path)
@@ -192,7 +212,7 @@ bool create(const fs::path& path, std::string_view bytes)
     if (fs::exists(fs::symlink_status(path, ec)))
         return true;
     std::string temporary;
-    if (writeTemporary(path, bytes, temporary))
+    if (writeTemporary(path, whole(bytes), temporary))
         return false;
     // link() never replaces: a file that appeared meanwhile wins.
     bool linked = ::link(temporary.c_str(), path.c_str()) == 0 || errno == EEXIST;

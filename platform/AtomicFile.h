@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -47,6 +48,15 @@ enum class Temporary {
 /// (the temporary file is removed; when only the folder's flush failed the new file is in place
 /// but may not survive a crash). No path is named in what failed.
 std::optional<std::string> replace(const std::filesystem::path& path, std::string_view bytes,
+                                   Temporary temporary = Temporary::Unique);
+/// Where a producer puts the file's bytes, a part at a time; false once a write failed (the
+/// producer should stop then).
+using Sink = std::function<bool(std::string_view)>;
+/// Makes a file's contents into a sink; false when it could not make all of them.
+using Producer = std::function<bool(const Sink&)>;
+/// replace() of the bytes produce puts, written as they come (never held whole): for contents made
+/// a part at a time. When produce answers false nothing changes and that is what failed.
+std::optional<std::string> replace(const std::filesystem::path& path, const Producer& produce,
                                    Temporary temporary = Temporary::Unique);
 /// The first half of replace() for a set of files that must change together: writes bytes to
 /// staged (replacing what a killed writer left there), with the mode and owner target has (or the

@@ -54,6 +54,11 @@ std::optional<std::string> NSFileManager::contentsAtPath(std::string_view path, 
 
 bool NSFileManager::writeAtomically(std::string_view path, std::string_view bytes) const
 {
+    return writeAtomically(path, [bytes](const AtomicFile::Sink& put) { return put(bytes); });
+}
+
+bool NSFileManager::writeAtomically(std::string_view path, const AtomicFile::Producer& produce) const
+{
     auto host = Process::current().hostPath(path);
     if (!host)
         return false;
@@ -63,7 +68,7 @@ bool NSFileManager::writeAtomically(std::string_view path, std::string_view byte
     if (!lockFile)
         return false;
     AtomicFile::WriteLock lock(*lockFile);
-    return lock.held() && !AtomicFile::replace(*host, bytes, AtomicFile::Temporary::Fixed);
+    return lock.held() && !AtomicFile::replace(*host, produce, AtomicFile::Temporary::Fixed);
 }
 
 namespace {

@@ -30,6 +30,8 @@ public:
     /// keeps its mode and owner; the temporary file of a write that was killed is replaced by the
     /// next write of the file.
     bool writeAtomically(std::string_view path, std::string_view bytes) const;
+    /// writeAtomically of the bytes produce puts, written to the disk as they come.
+    bool writeAtomically(std::string_view path, const AtomicFile::Producer& produce) const;
     /// enumeratorAtPath: every item below a folder, as paths relative to it, each folder before its
     /// contents (in name order, for a repeatable walk). The folder may itself be a link to a folder;
     /// links below it are listed, never followed; folders that cannot be read are skipped.

@@ -1206,25 +1206,9 @@ private:
             escaped(value.stringValue());
             _out += "</string>\n";
             return;
-        case Kind::Data: {
-            static constexpr char alphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-            const auto& bytes = value.dataValue()->bytes;
-            std::string text;
-            text.reserve(bytes.size() * 4 / 3 + 4);
-            for (std::size_t i = 0; i < bytes.size(); i += 3) {
-                std::uint32_t n = bytes[i] << 16;
-                if (i + 1 < bytes.size())
-                    n |= bytes[i + 1] << 8;
-                if (i + 2 < bytes.size())
-                    n |= bytes[i + 2];
-                text.push_back(alphabet[(n >> 18) & 63]);
-                text.push_back(alphabet[(n >> 12) & 63]);
-                text.push_back(i + 1 < bytes.size() ? alphabet[(n >> 6) & 63] : '=');
-                text.push_back(i + 2 < bytes.size() ? alphabet[n & 63] : '=');
-            }
-            element(depth, "data", text);
+        case Kind::Data:
+            element(depth, "data", base64(value.dataValue()->bytes));
             return;
-        }
         case Kind::Date:
             element(depth, "date", iso8601(value.dateValue()->secondsSinceReferenceDate));
             return;
@@ -1390,6 +1374,25 @@ std::optional<std::string_view> readable(std::string_view bytes, std::string& tr
 }
 
 }  // namespace
+
+std::string base64(const std::vector<std::uint8_t>& bytes)
+{
+    static constexpr char alphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    std::string text;
+    text.reserve((bytes.size() + 2) / 3 * 4);
+    for (std::size_t i = 0; i < bytes.size(); i += 3) {
+        std::uint32_t n = bytes[i] << 16;
+        if (i + 1 < bytes.size())
+            n |= bytes[i + 1] << 8;
+        if (i + 2 < bytes.size())
+            n |= bytes[i + 2];
+        text.push_back(alphabet[(n >> 18) & 63]);
+        text.push_back(alphabet[(n >> 12) & 63]);
+        text.push_back(i + 1 < bytes.size() ? alphabet[(n >> 6) & 63] : '=');
+        text.push_back(i + 2 < bytes.size() ? alphabet[n & 63] : '=');
+    }
+    return text;
+}
 
 std::optional<PlistValue> propertyListWithData(std::string_view bytes)
 {

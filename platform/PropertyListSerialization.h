@@ -65,6 +65,9 @@ private:
     std::unique_ptr<Parts> _parts;
 };
 
+/// Data as base64 text, as a property list's <data> element holds it (one line, padded with "=").
+std::string base64(const std::vector<std::uint8_t>& bytes);
+
 /// A date as ISO 8601 text in UTC ("2001-01-01T00:00:00Z"), with the fraction of a second when
 /// it has one ("...:00.25Z"), over any year (before year 1 and after 9999 with more digits or a sign).
 std::string iso8601(double secondsSinceReferenceDate);

@@ -10,7 +10,8 @@ packages=(
   python3                       # the benchmarks' comparison (bench/compare.py) and make_icons.py
   libplist-dev                  # property lists, XML and binary
   libicu-dev                    # the regular expressions of NSRegularExpression
-  libstb-dev                    # image decoding and PNG encoding
+  libstb-dev                    # image decoding (JPEG, GIF, BMP, ...)
+  libpng-dev                    # PNG read and written a row at a time
   libboost-dev                  # Boost.Beast: the browser host's HTTP server
   libcpp-httplib-dev            # the tests' HTTP client
   nlohmann-json3-dev            # JSON for the script and browser hosts
