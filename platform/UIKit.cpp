@@ -14,7 +14,9 @@ struct AnimationContext {
     double duration = 0;
     EventLog::Event changes = EventLog::Event::array();
 };
-AnimationContext* runningAnimation = nullptr;
+// The block running on this thread: a host runs several processes at once, each on whichever
+// thread takes its work, and one's block never collects another's changes.
+thread_local AnimationContext* runningAnimation = nullptr;
 
 }  // namespace
 

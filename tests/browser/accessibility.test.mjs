@@ -87,11 +87,6 @@ async function openedThings(tab, backup) {
   found.push(...(await violations(tab, 'app picker')));
 
   await gesture(tab, '/api/relaunch');
-  // The page starts afresh on the relaunched session (its root page), rather than waiting for its
-  // request for events to bring the relaunch in.
-  await tab.goto(server.url);
-  await tab.waitForFunction(() => window.nimbra.addressOpened && window.nimbra.state);
-  await tab.addScriptTag({ path: axePath });
   await drawn(tab, 'NIMRootListController');
   await tab.locator('#search').fill('color');
   await tab.locator('#search-results .search-result').first().waitFor();
