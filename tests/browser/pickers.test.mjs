@@ -7,8 +7,8 @@ import path from 'node:path';
 import { test } from 'node:test';
 
 import {
-  animationsDone, browser, current, follow, hostPath, makePng, openApp, rowOf, runScript, screenshot, setSwitch, settle,
-  startServer, stored, tempRoot, useBrowser, waitForState, withServer,
+  animationsDone, browser, current, follow, hostPath, openApp, rowOf, runScript, screenshot, setSwitch, settle,
+  sourceDir, startServer, stored, tempRoot, useBrowser, waitForState, withServer,
 } from './helpers.mjs';
 
 useBrowser({ serve: false });
@@ -182,7 +182,8 @@ test('a picture chosen on this computer is uploaded, stored as the script stores
       t.skip(`no page with a picture row can be reached: ${missing}`);
       return;
     }
-    const png = await makePng(48, 32);
+    // A picture wider than it is tall, so that its width and height cannot be told apart by mistake.
+    const png = fs.readFileSync(path.join(sourceDir, 'resources/icons/NIMHeader.png'));
     const row = current(page).getByRole('button', { name: IMAGE_ROW });
     const [chooser] = await Promise.all([page.waitForEvent('filechooser'), row.click()]);
     await waitForState(server, (s) => s.presented?.kind === 'imagePicker');
@@ -193,15 +194,15 @@ test('a picture chosen on this computer is uploaded, stored as the script stores
     const state = await waitForState(server, (s) => !s.presented && rowOf(s, { label: IMAGE_ROW })?.image?.version);
     assert.equal(rowOf(state, { label: IMAGE_ROW }).image.path, IMAGE_FILE);
     const preview = row.locator('img.preview');
-    await page.waitForFunction((img) => img.complete && img.naturalWidth === 48, await preview.elementHandle());
+    await page.waitForFunction((img) => img.complete && img.naturalWidth === 1200, await preview.elementHandle());
     await settle(page, 300);
     await screenshot(page, 'image-uploaded');
 
     // The same picture through `nimbra-prefs script` stores the very same file.
     const stored = fs.readFileSync(hostPath(server.root, IMAGE_FILE));
     assert.equal(stored.subarray(1, 4).toString(), 'PNG');
-    assert.equal(stored.readUInt32BE(16), 48);
-    assert.equal(stored.readUInt32BE(20), 32);
+    assert.equal(stored.readUInt32BE(16), 1200);
+    assert.equal(stored.readUInt32BE(20), 560);
     const scriptRoot = tempRoot();
     const picture = path.join(scriptRoot, 'picture.png');
     fs.writeFileSync(picture, png);
