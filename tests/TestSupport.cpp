@@ -9,6 +9,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <bit>
 #include <cstdlib>
 #include <fstream>
 #include <sstream>
@@ -72,6 +74,11 @@ void writeFile(const fs::path& path, const std::string& text)
     std::ofstream(path, std::ios::binary) << text;
 }
 
+void writePlist(const fs::path& path, const PlistValue& value, PropertyListSerialization::Format format)
+{
+    writeFile(path, PropertyListSerialization::dataWithPropertyList(value, format));
+}
+
 std::string readFile(const fs::path& path)
 {
     std::ifstream in(path, std::ios::binary);
@@ -86,6 +93,47 @@ fs::path under(const fs::path& root, const std::string& logical)
     if (logical.rfind(prefix, 0) == 0)
         return root / logical.substr(prefix.size());
     return root / ".rootfs" / logical.substr(1);
+}
+
+std::map<std::string, std::string> storedFiles(const fs::path& root)
+{
+    std::map<std::string, std::string> files;
+    for (std::string folder : {"/var/jb/var/mobile/Library/Preferences", "/var/jb/var/mobile/Library/Nimbra"}) {
+        fs::path host = under(root, folder);
+        if (!fs::exists(host))
+            continue;
+        for (auto& entry : fs::recursive_directory_iterator(host))
+            if (entry.is_regular_file())
+                files[fs::relative(entry.path(), root).string()] = readFile(entry.path());
+    }
+    return files;
+}
+
+bool identical(const PlistValue& a, const PlistValue& b)
+{
+    if (a.kind() != b.kind() || a.isLargeUnsigned() != b.isLargeUnsigned())
+        return false;
+    switch (a.kind()) {
+    case PlistValue::Kind::Array:
+        return std::ranges::equal(a.arrayValue(), b.arrayValue(), identical);
+    case PlistValue::Kind::Dictionary:
+        if (a.dictionaryValue().size() != b.dictionaryValue().size())
+            return false;
+        for (auto& [key, item] : a.dictionaryValue())
+            if (!b.dictionaryValue().contains(key) || !identical(item, b[key]))
+                return false;
+        return true;
+    case PlistValue::Kind::Real: return std::bit_cast<std::uint64_t>(a.doubleValue()) == std::bit_cast<std::uint64_t>(b.doubleValue());
+    case PlistValue::Kind::Date:
+        return std::bit_cast<std::uint64_t>(a.dateValue()->secondsSinceReferenceDate) ==
+               std::bit_cast<std::uint64_t>(b.dateValue()->secondsSinceReferenceDate);
+    default: return a == b;
+    }
+}
+
+mode_t modeOf(const fs::path& path)
+{
+    return fs::status(path).permissions() == fs::perms::unknown ? 0 : static_cast<mode_t>(fs::status(path).permissions());
 }
 
 SessionOnFreshRoot::SessionOnFreshRoot(Session::Options options)
@@ -169,9 +217,37 @@ ProgramRun runProgram(const std::vector<std::string>& arguments, const std::stri
     return runProgramWith(prefsExe(), arguments, input, {});
 }
 
-ProgramRun runExecutable(const std::string& program, const std::vector<std::string>& arguments, const std::vector<std::string>& environment)
+ProgramRun runExecutable(const std::string& program, const std::vector<std::string>& arguments, const std::vector<std::string>& environment,
+                         const std::string& input)
 {
-    return runProgramWith(program, arguments, "", environment);
+    return runProgramWith(program, arguments, input, environment);
+}
+
+pid_t startProgram(const std::vector<std::string>& arguments)
+{
+    // Everything the child needs is made before the fork.
+    std::vector<std::string> args{prefsExe()};
+    args.insert(args.end(), arguments.begin(), arguments.end());
+    std::vector<char*> argv;
+    for (auto& a : args)
+        argv.push_back(a.data());
+    argv.push_back(nullptr);
+    pid_t pid = ::fork();
+    if (pid == 0) {
+        int null = ::open("/dev/null", O_RDWR);
+        ::dup2(null, 1);
+        ::dup2(null, 2);
+        ::execv(argv[0], argv.data());
+        ::_exit(127);
+    }
+    return pid;
+}
+
+int waitForProgram(pid_t pid)
+{
+    int status = 0;
+    ::waitpid(pid, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
 std::vector<nlohmann::json> jsonLines(const std::string& text)

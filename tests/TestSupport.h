@@ -3,10 +3,14 @@
 // real `nimbra-prefs` program.
 
 #include "host/Session.h"
+#include "platform/PropertyListSerialization.h"
 
 #include <nlohmann/json.hpp>
 
+#include <sys/stat.h>
+
 #include <filesystem>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -41,9 +45,30 @@ std::filesystem::path memoryTempParent();
 /// Writes text to a host path, making its folders.
 void writeFile(const std::filesystem::path& path, const std::string& text);
 std::string readFile(const std::filesystem::path& path);
+/// Writes a property list to a host path, making its folders.
+void writePlist(const std::filesystem::path& path, const PlistValue& value,
+                PropertyListSerialization::Format format = PropertyListSerialization::Format::Binary);
 
 /// The host path of a logical path under a root ("/var/jb/x" -> root/x).
 std::filesystem::path under(const std::filesystem::path& root, const std::string& logical);
+
+/// Every file below a root's Preferences and pictures folders: its path below the root -> its bytes.
+std::map<std::string, std::string> storedFiles(const std::filesystem::path& root);
+
+/// Whether two property-list values are the same in kind and value, recursively, with reals and
+/// dates compared bit for bit (isEqual: would call 1 and YES equal).
+bool identical(const PlistValue& a, const PlistValue& b);
+
+/// The process's umask for as long as the object lives.
+struct Umask {
+    explicit Umask(mode_t mask) : old(::umask(mask)) {}
+    ~Umask() { ::umask(old); }
+    Umask(const Umask&) = delete;
+    Umask& operator=(const Umask&) = delete;
+    mode_t old;
+};
+/// The permission bits of a file (0 when it has none to read).
+mode_t modeOf(const std::filesystem::path& path);
 
 /// An in-process session on a fresh root, with the bundle's resources unless others are given.
 struct SessionOnFreshRoot {

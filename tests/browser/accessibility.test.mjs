@@ -10,7 +10,9 @@ import { spawnSync } from 'node:child_process';
 import { createRequire } from 'node:module';
 import { test } from 'node:test';
 
-import { browser, current, exe, openApp, rowOf, screenshot, server, shareTestSession, useBrowser, waitForState } from './helpers.mjs';
+import {
+  browser, closeTab, current, drawn, exe, gesture, openApp, openTab, rowOf, screenshot, server, useBrowser, waitForState,
+} from './helpers.mjs';
 
 useBrowser({ relaunch: true });
 
@@ -22,34 +24,10 @@ const axePath = createRequire(import.meta.url).resolve('axe-core/axe.min.js');
  * less motion so that nothing slides while it is checked; axe-core loaded.
  */
 async function axeTab(scheme, { viewport = { width: 1440, height: 900 } } = {}) {
-  const context = await browser.newContext({ viewport, colorScheme: scheme, reducedMotion: 'reduce', bypassCSP: true });
-  await shareTestSession(context, `axe-${scheme}-${viewport.width}`);
-  const tab = await context.newPage();
-  tab.scriptErrors = [];
-  tab.on('pageerror', (error) => tab.scriptErrors.push(error.message));
-  await tab.goto(server.url);
-  await tab.waitForFunction(() => window.nimbra.addressOpened && window.nimbra.state);
+  const tab = await openTab(server, { session: `axe-${scheme}-${viewport.width}`, viewport, colorScheme: scheme, reducedMotion: 'reduce', bypassCSP: true });
   await tab.addScriptTag({ path: axePath });
   tab.scheme = scheme;
   return tab;
-}
-
-/** Sends a gesture to the tab's own session, as its page would; answers the JSON answer. */
-function gesture(tab, route, body = {}) {
-  return tab.evaluate(async ([path, json]) => {
-    const response = await fetch(path, {
-      method: 'POST',
-      headers: { 'Content-Type': 'application/json', 'X-Nimbra-Session': sessionStorage.getItem('nimbra-session') },
-      body: JSON.stringify(json),
-    });
-    return response.json();
-  }, [route, body]);
-}
-
-/** Waits until the tab has drawn page cls on top and nothing moves. */
-async function drawn(tab, cls) {
-  await tab.waitForFunction((c) => window.nimbra.state && window.nimbra.state.page && window.nimbra.state.page.page === c && document.querySelector(`.page.current[data-page="${c}"]`), cls);
-  await tab.waitForFunction(() => document.getAnimations().every((animation) => animation.playState !== 'running'));
 }
 
 /** Every violation axe-core finds in the tab as it is, named by what was open: "what: rule (targets)". */
@@ -147,8 +125,7 @@ test('axe-core finds no violation on any page, in either appearance, nor on what
         const tab = await axeTab(scheme);
         const list = [...(await everyPage(tab, classes)), ...(await openedThings(tab, backup))];
         await screenshot(tab, `axe-last-${scheme}`);
-        assert.deepEqual(tab.scriptErrors, []);
-        await tab.context().close();
+        await closeTab(tab);
         // The phone frame, with the sidebar as a sheet.
         const phone = await axeTab(scheme, { viewport: { width: 390, height: 844 } });
         list.push(...(await violations(phone, 'phone root')));

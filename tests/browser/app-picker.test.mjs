@@ -5,7 +5,7 @@
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
 
-import { browser, runScript, screenshot, server, shareTestSession, useBrowser } from './helpers.mjs';
+import { closeTab, openTab, runScript, screenshot, server, useBrowser } from './helpers.mjs';
 
 useBrowser();
 
@@ -31,16 +31,9 @@ function seed() {
 }
 
 /** A tab with a session of its own, opened at address. */
-async function tab(name, address = '', viewport = { width: 1440, height: 900 }) {
+function tab(name, address = '', viewport = { width: 1440, height: 900 }) {
   seed();
-  const context = await browser.newContext({ viewport, reducedMotion: 'reduce' });
-  await shareTestSession(context, `app-picker-${name}`);
-  const page = await context.newPage();
-  page.scriptErrors = [];
-  page.on('pageerror', (error) => page.scriptErrors.push(error.message));
-  await page.goto(server.url + address);
-  await page.waitForFunction(() => window.nimbra.addressOpened && window.nimbra.state);
-  return page;
+  return openTab(server, { address, session: `app-picker-${name}`, viewport, reducedMotion: 'reduce' });
 }
 
 async function waitForStack(page, classes) {
@@ -77,8 +70,7 @@ test('the address names an app picker by its row; Back leaves it and Forward com
   await waitForStack(page, [ROOT, CPU, VISIBILITY]);
   await page.goForward();
   await waitForStack(page, [ROOT, CPU, VISIBILITY, PICKER]);
-  assert.deepEqual(page.scriptErrors, []);
-  await page.context().close();
+  await closeTab(page);
 });
 
 test('a deep link opens an app picker; two pickers of one label are told apart by their group', async () => {
@@ -93,8 +85,7 @@ test('a deep link opens an app picker; two pickers of one label are told apart b
     await waitForStack(opened, [ROOT, CPU, ACTIONS, PICKER]);
     assert.equal(await opened.evaluate(() => window.nimbra.state.picker.key), key);
     assert.equal(hashOf(opened), `#/CPUInfoRoot/CPUInfoActions/${name}`);
-    assert.deepEqual(opened.scriptErrors, []);
-    await opened.context().close();
+    await closeTab(opened);
   }
 });
 
@@ -119,6 +110,5 @@ test('an app shows its initials, its name first and its bundle identifier under 
   await page.waitForFunction(() => [...document.querySelectorAll('.page.current .cell.kind-app')].filter((row) => row.getClientRects().length).length === 1);
   await page.locator('.page.current .search input').fill('');
   await screenshot(page, 'app-picker-names');
-  assert.deepEqual(page.scriptErrors, []);
-  await page.context().close();
+  await closeTab(page);
 });

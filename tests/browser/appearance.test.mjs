@@ -7,7 +7,9 @@
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
 
-import { animationsDone, browser, current, follow, openApp, screenshot, server, setSwitch, useBrowser, waitForState } from './helpers.mjs';
+import {
+  animationsDone, browser, closeTab, current, follow, openApp, screenshot, server, setSwitch, useBrowser, waitForState,
+} from './helpers.mjs';
 
 useBrowser({ relaunch: true });
 
@@ -68,7 +70,6 @@ for (const scheme of ['light', 'dark']) {
     await waitForState(server, (s) => s.page.rows.length > 1);
     await animationsDone(page);
     await screenshot(page, `appearance-${scheme}-segments`);
-    assert.deepEqual(page.scriptErrors, []);
-    await page.context().close();
+    await closeTab(page);
   });
 }

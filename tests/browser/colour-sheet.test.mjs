@@ -4,7 +4,7 @@
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
 
-import { DESKTOP, DOCK, enabledServer, HOME, openTab, ROOT, screenshot, stored, useBrowser, waitForStack } from './helpers.mjs';
+import { closeTab, DESKTOP, DOCK, enabledServer, HOME, openTab, ROOT, screenshot, stored, useBrowser, waitForStack } from './helpers.mjs';
 
 useBrowser({ serve: false });
 
@@ -58,8 +58,7 @@ test('the colour sheet keeps one size, fits the window with Done in view; Enter 
       assert.equal(stored(server.root, 'com.veltram.nimbraprefs.homescreen.colors').dockBGColor, before, 'nothing stored before Done');
       await editor.getByRole('button', { name: 'Cancel' }).click();
       await editor.waitFor({ state: 'detached' });
-      assert.deepEqual(page.scriptErrors, []);
-      await page.context().close();
+      await closeTab(page);
     }
   } finally {
     await server.stop();

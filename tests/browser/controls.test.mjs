@@ -5,8 +5,8 @@ import assert from 'node:assert/strict';
 import { test } from 'node:test';
 
 import {
-  animatedRow, animationsDone, browser, current, follow, openApp, PREFERENCES, rowOf, runScript, screenshot, server, setSwitch,
-  settle, shownIds, startServer, stored, tempRoot, useBrowser, waitForState,
+  animatedRow, animationsDone, browser, closeTab, current, follow, openApp, PREFERENCES, rowOf, runScript, screenshot, server,
+  setSwitch, settle, shownIds, startServer, stored, tempRoot, useBrowser, waitForState,
 } from './helpers.mjs';
 
 // Each test starts on the root page, as the Settings app opens the bundle.
@@ -53,8 +53,7 @@ test('a segment shows the rows it governs and hides them again', async () => {
   assert.equal(await current(page).locator('.cell:not(.leaving)').count(), 1, 'only the segment is left');
   assert.equal(stored(server.root, 'com.veltram.nimbraprefs.cpuinfo').visibility, 1);
   await screenshot(page, 'visibility-hidden');
-  assert.deepEqual(page.scriptErrors, []);
-  await page.context().close();
+  await closeTab(page);
 });
 
 test('a list row chooses its value on a page of its own', async () => {
@@ -85,8 +84,7 @@ test('a list row chooses its value on a page of its own', async () => {
   await list.waitFor({ state: 'detached' });
   assert.equal(await row.locator('.cell-detail').textContent(), 'libSparkColourPicker');
   assert.equal(await page.locator('#nav-title-text').textContent(), 'Nimbra Settings');
-  assert.deepEqual(page.scriptErrors, []);
-  await page.context().close();
+  await closeTab(page);
 });
 
 test('a slider stores its value when it is let go, as a real number', async () => {
@@ -149,8 +147,7 @@ test('a disabled row is greyed out and does nothing when tapped', async () => {
     await settle(page, 400);
     assert.equal((await ios13.state()).page.page, state.page.page, 'no page opened');
     await screenshot(page, 'disabled-row');
-    assert.deepEqual(page.scriptErrors, []);
-    await page.context().close();
+    await closeTab(page);
   } finally {
     await ios13.stop();
   }
@@ -191,8 +188,7 @@ test('a movable row is dragged to its new place, stored as the script stores it'
   runScript(scripted, [...script, 'move 0 2']);
   for (const domain of ['com.veltram.nimbraprefs', 'com.veltram.nimbraprefs.controlcenter'])
     assert.deepEqual(stored(server.root, domain), stored(scripted, domain), domain);
-  assert.deepEqual(page.scriptErrors, []);
-  await page.context().close();
+  await closeTab(page);
   await server.stop();
 });
 
@@ -300,6 +296,5 @@ test('the back button shows the previous title whenever it fits beside the title
     return { end: start + words, titleLeft: title.left + (title.width - canvas.measureText('Color Picker').width) / 2 };
   });
   assert.ok(widths.end > widths.titleLeft - 8, 'the previous title would have run into the title');
-  assert.deepEqual(page.scriptErrors, []);
-  await page.context().close();
+  await closeTab(page);
 });

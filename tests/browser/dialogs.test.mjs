@@ -5,7 +5,7 @@
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
 
-import { animationsDone, browser, current, follow, openApp, screenshot, server, useBrowser, waitForState } from './helpers.mjs';
+import { animationsDone, browser, closeTab, current, follow, openApp, screenshot, server, useBrowser, waitForState } from './helpers.mjs';
 
 useBrowser({ relaunch: true });
 
@@ -42,8 +42,7 @@ test('an alert takes the keyboard: Tab cycles its actions, Esc cancels, focus re
   await waitForState(server, (s) => !s.presented);
   await alert.waitFor({ state: 'detached' });
   assert.equal(await page.evaluate(() => document.activeElement?.dataset.id ?? ''), await reset.getAttribute('data-id'), 'focus is back on the row');
-  assert.deepEqual(page.scriptErrors, []);
-  await page.context().close();
+  await closeTab(page);
 });
 
 test('Enter chooses the preferred action of an alert', async () => {
@@ -75,8 +74,7 @@ test('sheets: a grabber, Esc cancels, and a click on the dimmed page cancels', a
   await page.locator('#sheet-layer').click({ position: { x: 20, y: 20 } });
   await waitForState(server, (s) => !s.presented);
   await sheet.waitFor({ state: 'detached' });
-  assert.deepEqual(page.scriptErrors, []);
-  await page.context().close();
+  await closeTab(page);
 });
 
 test('the mail composer\'s Send hands the message to the desktop\'s mail program', async () => {
@@ -97,6 +95,5 @@ test('the mail composer\'s Send hands the message to the desktop\'s mail program
   await send.click();
   await waitForState(server, (s) => !s.presented);
   await sheet.waitFor({ state: 'detached' });
-  assert.deepEqual(page.scriptErrors, []);
-  await page.context().close();
+  await closeTab(page);
 });

@@ -8,8 +8,8 @@ import fs from 'node:fs';
 import { test } from 'node:test';
 
 import {
-  DOCK, enabledServer, HOME, hostPath, openTab, PHONE, ROOT, runScript, screenshot, startServer, stored, tempRoot, useBrowser,
-  waitForStack,
+  closeTab, DOCK, enabledServer, HOME, hostPath, openTab, PHONE, ROOT, runScript, screenshot, startServer, stored, tempRoot,
+  useBrowser, waitForStack, withServer,
 } from './helpers.mjs';
 
 useBrowser({ serve: false });
@@ -77,27 +77,20 @@ test('a refused write shows what is stored and says so in the user\'s words unti
     assert.equal(await page.locator('#notices .notice').count(), 1);
     await page.locator('#notices .notice').first().getByRole('button').click();
     assert.equal(await page.locator('#notices .notice').count(), 0);
-    assert.deepEqual(page.scriptErrors, []);
-    await page.context().close();
+    await closeTab(page);
   } finally {
     await server.stop();
   }
 });
 
-test('with a file where the Preferences folder should be, a change is refused and the page says so', async () => {
-  const server = await enabledServer(['write com.veltram.nimbraprefs nimbraEnabled true', `write ${DOMAIN} enabled true`]);
-  try {
-    const page = await openDock(server, PHONE);
-    const folder = hostPath(server.root, PREFERENCES_FOLDER);
-    fs.renameSync(folder, `${folder}.away`);
-    fs.writeFileSync(folder, 'not a folder');
-    await refusedSwitch(page, 'Custom Corner Radius', false);
-    await screenshot(page, 'write-refused-390x844');
-    fs.rmSync(folder);
-    fs.renameSync(`${folder}.away`, folder);
-    assert.deepEqual(page.scriptErrors, []);
-    await page.context().close();
-  } finally {
-    await server.stop();
-  }
-});
+test('with a file where the Preferences folder should be, a change is refused and the page says so', () => withServer(enabledServer(['write com.veltram.nimbraprefs nimbraEnabled true', `write ${DOMAIN} enabled true`]), async (server) => {
+  const page = await openDock(server, PHONE);
+  const folder = hostPath(server.root, PREFERENCES_FOLDER);
+  fs.renameSync(folder, `${folder}.away`);
+  fs.writeFileSync(folder, 'not a folder');
+  await refusedSwitch(page, 'Custom Corner Radius', false);
+  await screenshot(page, 'write-refused-390x844');
+  fs.rmSync(folder);
+  fs.renameSync(`${folder}.away`, folder);
+  await closeTab(page);
+}));

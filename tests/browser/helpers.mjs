@@ -2,6 +2,7 @@
 // Chromium driven by playwright-core, screenshots into the build folder, and scripted sessions to
 // compare against.
 
+import assert from 'node:assert/strict';
 import { spawn, spawnSync } from 'node:child_process';
 import fs from 'node:fs';
 import http from 'node:http';
@@ -198,15 +199,27 @@ export function enabledServer(lines = ENABLED) {
   return startServer({ root });
 }
 
+/** Runs body with the server that started (a promise of one) and stops the server after it, however body ends. */
+export async function withServer(started, body) {
+  const server = await started;
+  try {
+    return await body(server);
+  } finally {
+    await server.stop();
+  }
+}
+
 /**
  * A new tab of the file's Chromium, in a browser context of its own (its own sessionStorage, so a
- * session of its own), on the server's address, once it has drawn and opened its address; script
- * errors are collected in page.scriptErrors. options: viewport (default DESKTOP), colorScheme,
- * acceptDownloads; from: a page the tab shows before the app (so that leaving the app shows);
- * clock: the page's timers run on a clock the test moves (Playwright's page.clock).
+ * session of its own, named session when given), on the server's address, once it has drawn and
+ * opened its address; script errors are collected in page.scriptErrors. options: viewport (default
+ * DESKTOP), colorScheme, acceptDownloads, reducedMotion, deviceScaleFactor, bypassCSP; from: a page
+ * the tab shows before the app (so that leaving the app shows); clock: the page's timers run on a
+ * clock the test moves (Playwright's page.clock).
  */
-export async function openTab(server, { address = '', viewport = DESKTOP, colorScheme, acceptDownloads, from, clock = false } = {}) {
-  const context = await browser.newContext({ viewport, colorScheme, acceptDownloads });
+export async function openTab(server, { address = '', session, from, clock = false, viewport = DESKTOP, ...options } = {}) {
+  const context = await browser.newContext({ viewport, ...options });
+  if (session) await shareTestSession(context, session);
   const page = await context.newPage();
   page.scriptErrors = [];
   page.on('pageerror', (error) => page.scriptErrors.push(error.message));
@@ -215,8 +228,35 @@ export async function openTab(server, { address = '', viewport = DESKTOP, colorS
   await page.goto(server.url + address);
   await page.locator('.page.current').waitFor();
   // The tab opens its address once it has drawn: only then is its stack the test's to move.
-  await page.waitForFunction(() => window.nimbra.addressOpened);
+  await page.waitForFunction(() => window.nimbra.addressOpened && window.nimbra.state);
   return page;
+}
+
+/** Sends a gesture to the tab's own session, as its page would; the JSON answer. */
+export function gesture(page, route, body = {}) {
+  return page.evaluate(async ([path, json]) => {
+    const response = await fetch(path, {
+      method: 'POST',
+      headers: { 'Content-Type': 'application/json', 'X-Nimbra-Session': sessionStorage.getItem('nimbra-session') },
+      body: JSON.stringify(json),
+    });
+    return response.json();
+  }, [route, body]);
+}
+
+/** Waits until the tab has drawn page cls on top and nothing moves. */
+export async function drawn(page, cls) {
+  await page.waitForFunction(
+    (c) => window.nimbra.state && window.nimbra.state.page && window.nimbra.state.page.page === c && document.querySelector(`.page.current[data-page="${c}"]`),
+    cls,
+  );
+  await animationsDone(page);
+}
+
+/** Closes the tab's browser context, once the tab has shown that it had no script error. */
+export async function closeTab(page) {
+  assert.deepEqual(page.scriptErrors, []);
+  await page.context().close();
 }
 
 /** The tab's own view of its session: the classes of its stack, bottom first. */
@@ -339,42 +379,4 @@ export async function setSwitch(page, server, label, on = true) {
   if (on) await toggle.check();
   else await toggle.uncheck();
   return waitForState(server, (s) => s.page.rows.some((row) => row.label === label && row.value === on));
-}
-
-/** A small PNG (RGBA, a vertical gradient), encoded here so the tests need no image files. */
-export async function makePng(width, height) {
-  const { deflateSync } = await import('node:zlib');
-  const crcTable = Array.from({ length: 256 }, (_, n) => {
-    let c = n;
-    for (let k = 0; k < 8; k++) c = c & 1 ? 0xedb88320 ^ (c >>> 1) : c >>> 1;
-    return c >>> 0;
-  });
-  const crc = (bytes) => {
-    let c = 0xffffffff;
-    for (const byte of bytes) c = crcTable[(c ^ byte) & 0xff] ^ (c >>> 8);
-    return (c ^ 0xffffffff) >>> 0;
-  };
-  const chunk = (type, data) => {
-    const length = Buffer.alloc(4);
-    length.writeUInt32BE(data.length);
-    const body = Buffer.concat([Buffer.from(type, 'ascii'), data]);
-    const sum = Buffer.alloc(4);
-    sum.writeUInt32BE(crc(body));
-    return Buffer.concat([length, body, sum]);
-  };
-  const header = Buffer.alloc(13);
-  header.writeUInt32BE(width, 0);
-  header.writeUInt32BE(height, 4);
-  header.set([8, 6, 0, 0, 0], 8); // 8-bit RGBA
-  const raw = Buffer.alloc((width * 4 + 1) * height);
-  for (let y = 0; y < height; y++) {
-    const row = y * (width * 4 + 1);
-    for (let x = 0; x < width; x++) raw.set([255 - (y * 255) / height, 80, (y * 255) / height, 255], row + 1 + x * 4);
-  }
-  return Buffer.concat([
-    Buffer.from([0x89, 0x50, 0x4e, 0x47, 0x0d, 0x0a, 0x1a, 0x0a]),
-    chunk('IHDR', header),
-    chunk('IDAT', deflateSync(raw)),
-    chunk('IEND', Buffer.alloc(0)),
-  ]);
 }

@@ -7,91 +7,86 @@ import path from 'node:path';
 import { test } from 'node:test';
 
 import {
-  animationsDone, browser, current, follow, hostPath, makePng, openApp, rowOf, runScript, screenshot, setSwitch, settle,
-  startServer, stored, tempRoot, useBrowser, waitForState,
+  animationsDone, browser, current, follow, hostPath, openApp, rowOf, runScript, screenshot, setSwitch, settle,
+  sourceDir, startServer, stored, tempRoot, useBrowser, waitForState, withServer,
 } from './helpers.mjs';
 
 useBrowser({ serve: false });
 
-test('an app is picked from the app list, found by name or bundle identifier', async () => {
-  const server = await startServer();
-  try {
-    const page = await openApp(browser, server);
-    await setSwitch(page, server, 'Enable Nimbra');
-    await follow(page, server, 'CPU Info');
-    await setSwitch(page, server, 'Enabled');
-    await follow(page, server, 'Visibility');
-    await current(page).getByRole('radio', { name: 'Custom' }).click();
-    await waitForState(server, (s) => rowOf(s, { label: 'Hide in Selected Apps' }));
-    await setSwitch(page, server, 'Hide in Selected Apps');
-    const opener = current(page).getByRole('button', { name: /^Select Apps(, |$)/ });
-    assert.equal(await opener.locator('.cell-detail').textContent(), 'None', 'the row says how many apps are chosen');
-    const state = await follow(page, server, 'Select Apps');
-    assert.ok(state.picker, 'the app picker is on top');
-    const { identifier, key } = state.picker;
+test('an app is picked from the app list, found by name or bundle identifier', () => withServer(startServer(), async (server) => {
+  const page = await openApp(browser, server);
+  await setSwitch(page, server, 'Enable Nimbra');
+  await follow(page, server, 'CPU Info');
+  await setSwitch(page, server, 'Enabled');
+  await follow(page, server, 'Visibility');
+  await current(page).getByRole('radio', { name: 'Custom' }).click();
+  await waitForState(server, (s) => rowOf(s, { label: 'Hide in Selected Apps' }));
+  await setSwitch(page, server, 'Hide in Selected Apps');
+  const opener = current(page).getByRole('button', { name: /^Select Apps(, |$)/ });
+  assert.equal(await opener.locator('.cell-detail').textContent(), 'None', 'the row says how many apps are chosen');
+  const state = await follow(page, server, 'Select Apps');
+  assert.ok(state.picker, 'the app picker is on top');
+  const { identifier, key } = state.picker;
 
-    const search = current(page).getByRole('searchbox', { name: 'Search apps' });
-    await search.fill('saf');
-    const visible = current(page).locator('.cell.kind-app:not(.filtered-out)');
-    assert.deepEqual(await visible.locator('.cell-label').allTextContents(), ['Safari']);
-    await search.fill('mobileslide');
-    assert.deepEqual(await visible.locator('.cell-label').allTextContents(), ['Photos']);
-    await search.fill('no such app');
-    assert.equal(await visible.count(), 0);
-    await current(page).getByText('No Results', { exact: true }).waitFor();
-    assert.equal(await current(page).locator('.group:not(.filtered-out):not(.no-label)').count(), 0, 'no empty section header');
-    await screenshot(page, 'app-picker-no-results');
-    await search.fill('');
-    assert.equal(await current(page).getByText('No Results', { exact: true }).isVisible(), false);
-    assert.equal(await visible.count(), state.page.rows.filter((row) => row.properties.bundleIdentifier).length);
+  const search = current(page).getByRole('searchbox', { name: 'Search apps' });
+  await search.fill('saf');
+  const visible = current(page).locator('.cell.kind-app:not(.filtered-out)');
+  assert.deepEqual(await visible.locator('.cell-label').allTextContents(), ['Safari']);
+  await search.fill('mobileslide');
+  assert.deepEqual(await visible.locator('.cell-label').allTextContents(), ['Photos']);
+  await search.fill('no such app');
+  assert.equal(await visible.count(), 0);
+  await current(page).getByText('No Results', { exact: true }).waitFor();
+  assert.equal(await current(page).locator('.group:not(.filtered-out):not(.no-label)').count(), 0, 'no empty section header');
+  await screenshot(page, 'app-picker-no-results');
+  await search.fill('');
+  assert.equal(await current(page).getByText('No Results', { exact: true }).isVisible(), false);
+  assert.equal(await visible.count(), state.page.rows.filter((row) => row.properties.bundleIdentifier).length);
 
-    // The keyboard: from the search field down into the apps shown, and back up.
-    await search.fill('a');
-    const shown = await visible.locator('.cell-label').allTextContents();
-    assert.ok(shown.length >= 2, 'several apps match');
-    const focused = () => page.evaluate(() => document.activeElement.querySelector('.cell-label')?.textContent ?? document.activeElement.tagName);
-    await search.press('ArrowDown');
-    assert.equal(await focused(), shown[0]);
-    await page.keyboard.press('ArrowDown');
-    assert.equal(await focused(), shown[1]);
-    await page.keyboard.press('ArrowUp');
-    await page.keyboard.press('ArrowUp');
-    assert.equal(await focused(), 'INPUT', 'up from the first app returns to the search field');
-    await search.fill('');
+  // The keyboard: from the search field down into the apps shown, and back up.
+  await search.fill('a');
+  const shown = await visible.locator('.cell-label').allTextContents();
+  assert.ok(shown.length >= 2, 'several apps match');
+  const focused = () => page.evaluate(() => document.activeElement.querySelector('.cell-label')?.textContent ?? document.activeElement.tagName);
+  await search.press('ArrowDown');
+  assert.equal(await focused(), shown[0]);
+  await page.keyboard.press('ArrowDown');
+  assert.equal(await focused(), shown[1]);
+  await page.keyboard.press('ArrowUp');
+  await page.keyboard.press('ArrowUp');
+  assert.equal(await focused(), 'INPUT', 'up from the first app returns to the search field');
+  await search.fill('');
 
-    await search.fill('Safari');
-    // The app's name first, its initials on its icon; the row itself is the switch.
-    const safari = current(page).getByRole('switch', { name: 'Safari', exact: true });
-    assert.equal(await safari.locator('.cell-label').textContent(), 'Safari');
-    assert.equal(await safari.locator('.app-icon').getAttribute('data-initials'), 'S');
-    const answered = page.waitForResponse((response) => new URL(response.url()).pathname === '/api/pick');
-    await safari.click();
-    const answer = await (await answered).json();
-    assert.equal(answer.state.page.rows, undefined, 'the pick does not answer the whole list');
-    assert.deepEqual(answer.state.page.rowsChanged.rows.map(([, row]) => [row.properties.bundleIdentifier, row.value]), [['com.apple.mobilesafari', true]],
-      'the pick answers the row it changed');
-    const picked = await waitForState(server, (s) => rowOf(s, { id: 'com.apple.mobilesafari' })?.value === true);
-    assert.equal(rowOf(picked, { id: 'com.apple.mobilesafari' }).value, true);
-    await settle(page, 400);
-    await screenshot(page, 'app-picker');
-    assert.deepEqual(stored(server.root, identifier)[key], ['com.apple.mobilesafari']);
-    assert.equal(
-      await current(page).getByRole('switch', { name: 'Safari' }).getAttribute('aria-checked'),
-      'true',
-      'the row shows the app as chosen',
-    );
+  await search.fill('Safari');
+  // The app's name first, its initials on its icon; the row itself is the switch.
+  const safari = current(page).getByRole('switch', { name: 'Safari', exact: true });
+  assert.equal(await safari.locator('.cell-label').textContent(), 'Safari');
+  assert.equal(await safari.locator('.app-icon').getAttribute('data-initials'), 'S');
+  const answered = page.waitForResponse((response) => new URL(response.url()).pathname === '/api/pick');
+  await safari.click();
+  const answer = await (await answered).json();
+  assert.equal(answer.state.page.rows, undefined, 'the pick does not answer the whole list');
+  assert.deepEqual(answer.state.page.rowsChanged.rows.map(([, row]) => [row.properties.bundleIdentifier, row.value]), [['com.apple.mobilesafari', true]],
+    'the pick answers the row it changed');
+  const picked = await waitForState(server, (s) => rowOf(s, { id: 'com.apple.mobilesafari' })?.value === true);
+  assert.equal(rowOf(picked, { id: 'com.apple.mobilesafari' }).value, true);
+  await settle(page, 400);
+  await screenshot(page, 'app-picker');
+  assert.deepEqual(stored(server.root, identifier)[key], ['com.apple.mobilesafari']);
+  assert.equal(
+    await current(page).getByRole('switch', { name: 'Safari' }).getAttribute('aria-checked'),
+    'true',
+    'the row shows the app as chosen',
+  );
 
-    // Back to the page that opened the picker.
-    await page.locator('#nav-back').click();
-    await waitForState(server, (s) => !s.picker);
-    await page.locator('.page.current[data-page="NIMCPUInfoVisibilityPrefsListController"]').waitFor();
-    await page.waitForFunction(() => [...document.querySelectorAll('.page.current .cell')].some((cell) => cell.textContent.includes('1 App')));
-    assert.equal(await current(page).getByRole('button', { name: /^Select Apps(, |$)/ }).locator('.cell-detail').textContent(), '1 App');
-    assert.deepEqual(page.scriptErrors, []);
-  } finally {
-    await server.stop();
-  }
-});
+  // Back to the page that opened the picker.
+  await page.locator('#nav-back').click();
+  await waitForState(server, (s) => !s.picker);
+  await page.locator('.page.current[data-page="NIMCPUInfoVisibilityPrefsListController"]').waitFor();
+  await page.waitForFunction(() => [...document.querySelectorAll('.page.current .cell')].some((cell) => cell.textContent.includes('1 App')));
+  assert.equal(await current(page).getByRole('button', { name: /^Select Apps(, |$)/ }).locator('.cell-detail').textContent(), '1 App');
+  assert.deepEqual(page.scriptErrors, []);
+}));
 
 // A root whose device has one colour-picker library (or none), and what a colour row stores there.
 const LIBRARIES = [
@@ -187,7 +182,8 @@ test('a picture chosen on this computer is uploaded, stored as the script stores
       t.skip(`no page with a picture row can be reached: ${missing}`);
       return;
     }
-    const png = await makePng(48, 32);
+    // A picture wider than it is tall, so that its width and height cannot be told apart by mistake.
+    const png = fs.readFileSync(path.join(sourceDir, 'resources/icons/NIMHeader.png'));
     const row = current(page).getByRole('button', { name: IMAGE_ROW });
     const [chooser] = await Promise.all([page.waitForEvent('filechooser'), row.click()]);
     await waitForState(server, (s) => s.presented?.kind === 'imagePicker');
@@ -198,15 +194,15 @@ test('a picture chosen on this computer is uploaded, stored as the script stores
     const state = await waitForState(server, (s) => !s.presented && rowOf(s, { label: IMAGE_ROW })?.image?.version);
     assert.equal(rowOf(state, { label: IMAGE_ROW }).image.path, IMAGE_FILE);
     const preview = row.locator('img.preview');
-    await page.waitForFunction((img) => img.complete && img.naturalWidth === 48, await preview.elementHandle());
+    await page.waitForFunction((img) => img.complete && img.naturalWidth === 1200, await preview.elementHandle());
     await settle(page, 300);
     await screenshot(page, 'image-uploaded');
 
     // The same picture through `nimbra-prefs script` stores the very same file.
     const stored = fs.readFileSync(hostPath(server.root, IMAGE_FILE));
     assert.equal(stored.subarray(1, 4).toString(), 'PNG');
-    assert.equal(stored.readUInt32BE(16), 48);
-    assert.equal(stored.readUInt32BE(20), 32);
+    assert.equal(stored.readUInt32BE(16), 1200);
+    assert.equal(stored.readUInt32BE(20), 560);
     const scriptRoot = tempRoot();
     const picture = path.join(scriptRoot, 'picture.png');
     fs.writeFileSync(picture, png);

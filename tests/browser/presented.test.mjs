@@ -4,7 +4,7 @@
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
 
-import { browser, current, follow, openApp, screenshot, server, setSwitch, useBrowser, waitForState } from './helpers.mjs';
+import { browser, closeTab, current, follow, openApp, screenshot, server, setSwitch, useBrowser, waitForState } from './helpers.mjs';
 
 useBrowser();
 
@@ -26,8 +26,7 @@ test('a stock app page closes its app and says so in an alert', async () => {
   await alert.getByRole('button', { name: 'Dismiss' }).click();
   await alert.waitFor({ state: 'detached' });
   await waitForState(server, (s) => !s.presented);
-  assert.deepEqual(page.scriptErrors, []);
-  await page.context().close();
+  await closeTab(page);
   await server.api('POST', '/api/relaunch', {});
 });
 
@@ -42,6 +41,5 @@ test('Contact Support shows the mail composer, and Cancel dismisses it', async (
   await sheet.getByRole('button', { name: 'Cancel' }).click();
   await waitForState(server, (s) => !s.presented);
   await sheet.waitFor({ state: 'detached' });
-  assert.deepEqual(page.scriptErrors, []);
-  await page.context().close();
+  await closeTab(page);
 });

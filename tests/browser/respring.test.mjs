@@ -7,7 +7,7 @@ import path from 'node:path';
 import { test } from 'node:test';
 
 import {
-  browser, current, follow, hostPath, openApp, runScript, screenshot, startServer, tempRoot, useBrowser, waitForState,
+  browser, current, follow, hostPath, openApp, runScript, screenshot, startServer, tempRoot, useBrowser, waitForState, withServer,
 } from './helpers.mjs';
 
 const CACHES = [
@@ -39,50 +39,40 @@ async function respringsToRoot(page, server, since) {
   return state;
 }
 
-test('the respring button asks "Sure?" in red, then blurs, resprings and reopens the bundle at its root', async () => {
-  const server = await startServer();
-  try {
-    const page = await openApp(browser, server);
-    await follow(page, server, 'Nimbra Settings');
-    const { seq } = await server.state();
-    const button = page.locator('#nav-right');
-    await button.click();
-    await page.waitForFunction(() => document.querySelector('#nav-right').textContent === 'Sure?');
-    assert.equal(await button.evaluate((node) => getComputedStyle(node).color), 'rgb(231, 76, 60)');
-    assert.equal(await page.locator('.blur-overlay.style-9').count(), 0, 'one tap does not respring');
-    await screenshot(page, 'respring-sure');
+test('the respring button asks "Sure?" in red, then blurs, resprings and reopens the bundle at its root', () => withServer(startServer(), async (server) => {
+  const page = await openApp(browser, server);
+  await follow(page, server, 'Nimbra Settings');
+  const { seq } = await server.state();
+  const button = page.locator('#nav-right');
+  await button.click();
+  await page.waitForFunction(() => document.querySelector('#nav-right').textContent === 'Sure?');
+  assert.equal(await button.evaluate((node) => getComputedStyle(node).color), 'rgb(231, 76, 60)');
+  assert.equal(await page.locator('.blur-overlay.style-9').count(), 0, 'one tap does not respring');
+  await screenshot(page, 'respring-sure');
 
-    await button.click();
-    const state = await respringsToRoot(page, server, seq);
-    assert.equal(state.page.rightButton.title, 'Respring');
-    await page.waitForFunction(() => document.querySelector('#nav-right').textContent === 'Respring');
-    assert.equal(await page.locator('#nav-back').isVisible(), false, 'a fresh stack: no page to go back to');
-    // The root page fades in from its own blur, which then leaves.
-    await page.locator('.blur-overlay').waitFor({ state: 'detached', timeout: 5000 });
-    await screenshot(page, 'respring-reopened');
-    assert.deepEqual(page.scriptErrors, []);
-  } finally {
-    await server.stop();
-  }
-});
+  await button.click();
+  const state = await respringsToRoot(page, server, seq);
+  assert.equal(state.page.rightButton.title, 'Respring');
+  await page.waitForFunction(() => document.querySelector('#nav-right').textContent === 'Respring');
+  assert.equal(await page.locator('#nav-back').isVisible(), false, 'a fresh stack: no page to go back to');
+  // The root page fades in from its own blur, which then leaves.
+  await page.locator('.blur-overlay').waitFor({ state: 'detached', timeout: 5000 });
+  await screenshot(page, 'respring-reopened');
+  assert.deepEqual(page.scriptErrors, []);
+}));
 
-test('a single tap of the respring button reverts after three seconds', async () => {
-  const server = await startServer();
-  try {
-    const page = await openApp(browser, server);
-    const button = page.locator('#nav-right');
-    await button.click();
-    await page.waitForFunction(() => document.querySelector('#nav-right').textContent === 'Sure?');
-    await page.waitForFunction(() => document.querySelector('#nav-right').textContent === 'Respring', null, { timeout: 8000 });
-    assert.equal(await button.evaluate((node) => getComputedStyle(node).color), 'rgb(255, 255, 255)');
-    const events = await eventsSince(server, 0);
-    assert.equal(events.filter((event) => event.event === 'respring').length, 0);
-    assert.equal(await page.evaluate(() => window.nimbra.respringCount), 0);
-    await screenshot(page, 'respring-reverted');
-  } finally {
-    await server.stop();
-  }
-});
+test('a single tap of the respring button reverts after three seconds', () => withServer(startServer(), async (server) => {
+  const page = await openApp(browser, server);
+  const button = page.locator('#nav-right');
+  await button.click();
+  await page.waitForFunction(() => document.querySelector('#nav-right').textContent === 'Sure?');
+  await page.waitForFunction(() => document.querySelector('#nav-right').textContent === 'Respring', null, { timeout: 8000 });
+  assert.equal(await button.evaluate((node) => getComputedStyle(node).color), 'rgb(255, 255, 255)');
+  const events = await eventsSince(server, 0);
+  assert.equal(events.filter((event) => event.event === 'respring').length, 0);
+  assert.equal(await page.evaluate(() => window.nimbra.respringCount), 0);
+  await screenshot(page, 'respring-reverted');
+}));
 
 /** A root with stored colours and the colour caches the maintenance page clears. */
 function rootWithColours() {

@@ -8,7 +8,9 @@ import fs from 'node:fs';
 import path from 'node:path';
 import { test } from 'node:test';
 
-import { animationsDone, browser, exe, hostPath, openApp, runScript, screenshot, server, sourceDir, tempRoot, useBrowser } from './helpers.mjs';
+import {
+  animationsDone, browser, closeTab, exe, hostPath, openApp, runScript, screenshot, server, sourceDir, tempRoot, useBrowser,
+} from './helpers.mjs';
 
 useBrowser();
 
@@ -77,6 +79,5 @@ test('the restore preview names each change by its page, its row and its values\
 
   await page.getByRole('dialog').getByRole('button', { name: 'Cancel' }).click();
   await page.getByRole('dialog').waitFor({ state: 'detached' });
-  assert.deepEqual(page.scriptErrors, []);
-  await page.context().close();
+  await closeTab(page);
 });

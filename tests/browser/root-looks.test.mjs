@@ -5,7 +5,7 @@
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
 
-import { browser, screenshot, server, shareTestSession, useBrowser } from './helpers.mjs';
+import { browser, closeTab, screenshot, server, shareTestSession, useBrowser } from './helpers.mjs';
 
 useBrowser();
 
@@ -65,8 +65,7 @@ test('every group has its icon, in the sidebar and on the root page\'s link rows
     assert.equal(row.alt, '');
   }
   assert.equal(await desktop.getByRole('button', { name: 'Home Screen', exact: true }).count(), 1);
-  assert.deepEqual(desktop.scriptErrors, []);
-  await desktop.context().close();
+  await closeTab(desktop);
 });
 
 test('the banner is whole at every width: its whole height shows, logo and all, across the page', async () => {
@@ -90,8 +89,7 @@ test('the banner is whole at every width: its whole height shows, logo and all, 
     assert.ok(shownWidth >= 0.94, `${size}: ${Math.round(shownWidth * 100)}% of the banner's width shows`);
     assert.ok(Math.abs(banner.width - banner.table) < 2, `${size}: the banner spans the page`);
     await screenshot(page, `root-banner-${viewport.width}x${viewport.height}`);
-    assert.deepEqual(page.scriptErrors, []);
-    await page.context().close();
+    await closeTab(page);
   }
 });
 

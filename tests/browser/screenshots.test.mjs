@@ -7,7 +7,7 @@
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
 
-import { browser, runScript, screenshot, server, shareTestSession, useBrowser } from './helpers.mjs';
+import { animationsDone, closeTab, drawn, gesture, openTab, runScript, screenshot, server, useBrowser } from './helpers.mjs';
 
 useBrowser();
 
@@ -19,36 +19,13 @@ const SIZES = [
 ];
 
 /** A tab with a session of its own that asks for less motion, so that nothing slides while it is photographed. */
-async function tab(size, address = '') {
-  const context = await browser.newContext({
-    viewport: size.viewport,
-    colorScheme: size.scheme,
-    reducedMotion: 'reduce',
-    deviceScaleFactor: size.phone && size.viewport.width < 500 ? 2 : 1,
-  });
-  await shareTestSession(context, `look-${size.name}`);
-  const page = await context.newPage();
-  page.scriptErrors = [];
-  page.on('pageerror', (error) => page.scriptErrors.push(error.message));
-  await page.goto(server.url + address);
-  await page.waitForFunction(() => window.nimbra.addressOpened && window.nimbra.state);
-  return page;
-}
-
-/** Sends a gesture to the tab's own session. */
-function gesture(page, route, body = {}) {
-  return page.evaluate(async ([path, json]) => {
-    const response = await fetch(path, {
-      method: 'POST',
-      headers: { 'Content-Type': 'application/json', 'X-Nimbra-Session': sessionStorage.getItem('nimbra-session') },
-      body: JSON.stringify(json),
-    });
-    return response.json();
-  }, [route, body]);
+function tab(size, address = '') {
+  const deviceScaleFactor = size.phone && size.viewport.width < 500 ? 2 : 1;
+  return openTab(server, { address, session: `look-${size.name}`, viewport: size.viewport, colorScheme: size.scheme, reducedMotion: 'reduce', deviceScaleFactor });
 }
 
 async function still(page) {
-  await page.waitForFunction(() => document.getAnimations().every((animation) => animation.playState !== 'running'));
+  await animationsDone(page);
   // Pictures (icons, the banner, previews) are decoded before the shot.
   await page.waitForFunction(() => [...document.images].every((image) => image.complete));
 }
@@ -56,13 +33,6 @@ async function still(page) {
 async function shot(page, what, size) {
   await still(page);
   await screenshot(page, `look-${what}-${size.name}`);
-}
-
-async function drawn(page, cls) {
-  await page.waitForFunction(
-    (c) => window.nimbra.state && window.nimbra.state.page && window.nimbra.state.page.page === c && document.querySelector(`.page.current[data-page="${c}"]`),
-    cls,
-  );
 }
 
 async function openSearch(page, size, words) {
@@ -145,7 +115,6 @@ test('the screens a person meets, at every size and in both appearances', async 
     await page.getByRole('dialog').getByRole('button', { name: 'Cancel' }).click();
     await page.getByRole('dialog').waitFor({ state: 'detached' });
 
-    assert.deepEqual(page.scriptErrors, []);
-    await page.context().close();
+    await closeTab(page);
   }
 });

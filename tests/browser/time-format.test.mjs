@@ -5,7 +5,7 @@
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
 
-import { browser, runScript, screenshot, server, shareTestSession, stored, useBrowser } from './helpers.mjs';
+import { browser, closeTab, runScript, screenshot, server, shareTestSession, stored, useBrowser } from './helpers.mjs';
 
 useBrowser();
 
@@ -80,6 +80,5 @@ test('the time format field previews what it shows now as the person types, and 
   await says('Shows \u201c09:41\u201d');
   await screenshot(page, 'time-format-preview');
 
-  assert.deepEqual(page.scriptErrors, []);
-  await page.context().close();
+  await closeTab(page);
 });

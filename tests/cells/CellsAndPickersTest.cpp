@@ -66,9 +66,8 @@ struct CellsTest : ::testing::Test {
             row({{"cell", PlistValue("PSButtonCell")}, {"id", PlistValue("blacklist")}, {"action", PlistValue("selectBlackListedApps")}}),
             row({{"cell", PlistValue("PSButtonCell")}, {"id", PlistValue("doubleTap")}, {"action", PlistValue("selectDoubleTapApp")}}),
         };
-        test::writeFile(resources / "pages/Test/Cells.plist",
-                        PropertyListSerialization::dataWithPropertyList(PlistValue(PlistDictionary{{"items", PlistValue(items)}}),
-                                                                        PropertyListSerialization::Format::XML));
+        test::writePlist(resources / "pages/Test/Cells.plist", PlistValue(PlistDictionary{{"items", PlistValue(items)}}),
+                         PropertyListSerialization::Format::XML);
         session = std::make_unique<test::SessionOnFreshRoot>(Session::Options{.resources = resources.path()});
         s()->open("NIMCellsTestPrefsListController");
         s().events();

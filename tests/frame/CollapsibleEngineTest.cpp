@@ -70,9 +70,8 @@ struct EngineTest : ::testing::Test {
                          item("thingParent", "showThing", PlistValue(true)), item("thingChild"),
                          item("repeatParent", "repeat"), item("repeatChild"),
                          item("visibilityParent", "visibility"), item("visibilityChild")};
-        test::writeFile(resources / "pages/Test/Engine.plist",
-                        PropertyListSerialization::dataWithPropertyList(PlistValue(PlistDictionary{{"items", PlistValue(items)}}),
-                                                                        PropertyListSerialization::Format::XML));
+        test::writePlist(resources / "pages/Test/Engine.plist", PlistValue(PlistDictionary{{"items", PlistValue(items)}}),
+                         PropertyListSerialization::Format::XML);
         session = std::make_unique<test::SessionOnFreshRoot>(Session::Options{.resources = resources.path()});
     }
     test::SessionOnFreshRoot& s() { return *session; }

@@ -132,8 +132,7 @@ TEST_F(RootPageTest, BeforeAnyHeaderLayoutAnyOffsetShowsTheTitle)
             items.push_back(item);
     definition["items"] = PlistValue(items);
     test::TempDir resources;
-    test::writeFile(resources / "Root.plist",
-                    PropertyListSerialization::dataWithPropertyList(PlistValue(definition), PropertyListSerialization::Format::XML));
+    test::writePlist(resources / "Root.plist", PlistValue(definition), PropertyListSerialization::Format::XML);
     test::SessionOnFreshRoot bare({.resources = resources.path()});
     ASSERT_EQ(NIMRootHeaderView::headerH(), 0.0f);
     bare->open("NIMRootListController");

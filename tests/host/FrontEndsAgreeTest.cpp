@@ -10,9 +10,6 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
-#include <fstream>
-#include <map>
-#include <sstream>
 
 namespace fs = std::filesystem;
 
@@ -45,26 +42,6 @@ Json shownRows(const Json& rows)
     return shown;
 }
 
-/// Every file below the root's Preferences and pictures folders: path below the root -> bytes.
-std::map<std::string, std::string> storedFiles(const fs::path& root)
-{
-    std::map<std::string, std::string> files;
-    for (std::string folder : {"/var/jb/var/mobile/Library/Preferences", "/var/jb/var/mobile/Library/Nimbra"}) {
-        fs::path host = test::under(root, folder);
-        if (!fs::exists(host))
-            continue;
-        for (auto& entry : fs::recursive_directory_iterator(host)) {
-            if (!entry.is_regular_file())
-                continue;
-            std::ifstream in(entry.path(), std::ios::binary);
-            std::stringstream bytes;
-            bytes << in.rdbuf();
-            files[fs::relative(entry.path(), root).string()] = bytes.str();
-        }
-    }
-    return files;
-}
-
 void runBoth(const std::string& name, const std::vector<Step>& steps)
 {
     SCOPED_TRACE(name);
@@ -87,8 +64,8 @@ void runBoth(const std::string& name, const std::vector<Step>& steps)
         EXPECT_EQ(state["page"]["page"], run.lines[i]["page"]);
         EXPECT_EQ(shownRows(state["page"]["rows"]), shownRows(run.lines[i]["rows"]));
     }
-    auto fromScript = storedFiles(scriptRoot.path());
-    auto fromServer = storedFiles(server.root.path());
+    auto fromScript = test::storedFiles(scriptRoot.path());
+    auto fromServer = test::storedFiles(server.root.path());
     ASSERT_FALSE(fromScript.empty());
     EXPECT_EQ(fromScript.size(), fromServer.size());
     for (auto& [path, bytes] : fromScript) {

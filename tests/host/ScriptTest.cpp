@@ -1,5 +1,6 @@
 // The scripted-session interface, end to end through the `nimbra-prefs` program.
 
+#include "ProgramRun.h"
 #include "TestSupport.h"
 
 #include "host/ScriptRunner.h"
@@ -7,7 +8,6 @@
 
 #include <gtest/gtest.h>
 
-#include <fstream>
 #include <sstream>
 
 namespace {
@@ -102,30 +102,11 @@ TEST(Script, AnUnreadableDefinitionOpensAnEmptyPageAndSaysWhichFile)
 {
     test::TempDir root, resources;
     test::writeFile(resources / "pages/Modules/BatteryLineColors.plist", "<plist><dict>");
-    setenv("NIMBRA_RESOURCES", resources.path().c_str(), 1);
-    auto run = test::runScript({"--root", root.path().string()}, "open NIMBatteryLineColorsPrefsListController\nshow\nset x 1\n");
-    unsetenv("NIMBRA_RESOURCES");
-    EXPECT_EQ(run.lines[0]["ids"], nlohmann::json::array());
+    auto run = test::runExecutable(test::prefsExe(), {"--root", root.path().string(), "script"}, {"NIMBRA_RESOURCES=" + resources.path().string()},
+                                   "open NIMBatteryLineColorsPrefsListController\nshow\nset x 1\n");
+    EXPECT_EQ(test::jsonLines(run.output).at(0)["ids"], nlohmann::json::array());
     EXPECT_NE(run.errors.find("pages/Modules/BatteryLineColors.plist"), std::string::npos) << run.errors;
     EXPECT_EQ(run.status, 1);
-}
-
-TEST(Script, ACorruptPreferenceFileIsKeptAsideNotLost)
-{
-    test::TempDir root;
-    test::writeFile(test::under(root.path(), kBatteryLine), "\x01\x02 not a plist");
-    auto run = test::runScript({"--root", root.path().string()},
-                               "open NIMBatteryLineColorsPrefsListController\nshow\nset lowBatteryColorEnabled true\n");
-    ASSERT_EQ(run.status, 0) << run.errors;
-    EXPECT_EQ(run.lines[0]["ids"], nlohmann::json({"chargingParent", "lpmParent", "lowBatteryParent"}));
-    int aside = 0;
-    for (auto& entry : std::filesystem::directory_iterator(test::under(root.path(), kBatteryLine).parent_path())) {
-        if (entry.path().filename().string().starts_with("com.veltram.nimbraprefs.batteryline.plist.corrupt-")) {
-            ++aside;
-            EXPECT_EQ(test::readFile(entry.path()), "\x01\x02 not a plist");
-        }
-    }
-    EXPECT_EQ(aside, 1);
 }
 
 TEST(Script, TheShippedTourRunsToItsEnd)
@@ -171,17 +152,12 @@ TEST(Script, EventsNobodyReadsAreBoundedAndCounted)
 TEST(Script, ASliderStoresARealWhateverNumberIsTyped)
 {
     test::TempDir root;
-    auto run = test::runScript({"--root", root.path().string()},
-                               "open NIMTovinBackgroundPrefsListController\nset bannerCornerRadius 5\n");
+    auto run = test::runScript({"--root", root.path().string()}, "open NIMTovinBackgroundPrefsListController\nset bannerCornerRadius 5\n");
     ASSERT_EQ(run.status, 0) << run.errors;
-    std::ifstream in(test::under(root.path(), "/var/jb/var/mobile/Library/Preferences/com.veltram.nimbraprefs.tovin.plist"),
-                     std::ios::binary);
-    std::stringstream bytes;
-    bytes << in.rdbuf();
-    auto stored = PropertyListSerialization::propertyListWithData(bytes.str());
+    auto stored = PropertyListSerialization::propertyListWithData(
+        test::readFile(test::under(root.path(), "/var/jb/var/mobile/Library/Preferences/com.veltram.nimbraprefs.tovin.plist")));
     ASSERT_TRUE(stored);
-    auto value = stored->dictionaryValue().find("bannerCornerRadius");
-    ASSERT_NE(value, stored->dictionaryValue().end());
-    EXPECT_EQ(value->second.kind(), PlistValue::Kind::Real);
-    EXPECT_EQ(value->second.doubleValue(), 5.0);
+    PlistValue value = (*stored)["bannerCornerRadius"];
+    EXPECT_EQ(value.kind(), PlistValue::Kind::Real);
+    EXPECT_EQ(value.doubleValue(), 5.0);
 }

@@ -131,30 +131,6 @@ TEST(Search, AConditionSaysWhatThePageDoesWhereItsLogicIsItsOwn)
         }
     EXPECT_TRUE(nested) << nlohmann::json(icon).dump();
 
-    // What the words say is what the page does: each of the two switches alone shows the group;
-    // all-toggle colours stay hidden while each toggle has its own.
-    const std::string sliders = "NIMControlCenterSlidersPrefsListController", toggles = "NIMControlCenterTogglesPrefsListController";
-    auto shows = [](const std::vector<nlohmann::json>& lines, const std::string& id) {
-        for (auto& line : lines)
-            if (line.contains("ids"))
-                return std::find(line["ids"].begin(), line["ids"].end(), id) != line["ids"].end();
-        return false;
-    };
-    for (const char* key : {"colorizeVolumeSlider", "colorizeVolumeHUD"}) {
-        auto run = test::runScript({"--root", test::TempDir().path().string()},
-                                   std::string("write com.veltram.nimbraprefs.controlcenter ") + key + " true\nopen " + sliders + "\nshow\n");
-        ASSERT_EQ(run.status, 0) << run.errors;
-        EXPECT_TRUE(shows(run.lines, "volumeColorsChild")) << key;
-    }
-    std::string colouring = "write com.veltram.nimbraprefs.controlcenter enableTogglesColorization true\n"
-                            "write com.veltram.nimbraprefs.controlcenter togglesBackgroundColorStyle 2\n";
-    for (int mode : {1, 2}) {
-        test::TempDir root;
-        auto run = test::runScript({"--root", root.path().string()}, colouring + "write com.veltram.nimbraprefs.controlcenter togglesColorsMode " +
-                                                                     std::to_string(mode) + "\nopen " + toggles + "\nshow\n");
-        ASSERT_EQ(run.status, 0) << run.errors;
-        EXPECT_EQ(shows(run.lines, "allColorsChildLightModeBG1"), mode == 1) << "Apply Colors " << mode;
-    }
 }
 
 TEST(Search, AResultBehindSwitchesOnTheWayNamesThem)
@@ -181,26 +157,6 @@ TEST(Search, AResultBehindSwitchesOnTheWayNamesThem)
             EXPECT_EQ(result["needsRows"], nlohmann::json::array());
         }
 
-    // What it names is what the way needs: on a fresh root the link is not there; with the two
-    // switches on, the same taps reach the page.
-    auto linkId = [](const std::string& page, const std::string& label) {
-        for (auto& result : search({label}))
-            if (result["page"] == page && result["label"] == label && !result["id"].is_null())
-                return result["id"].get<std::string>();
-        return std::string();
-    };
-    std::string homeScreen = linkId("NIMRootListController", "Home Screen"), dock = linkId("NIMHomeScreenRootPrefsListController", "Dock");
-    ASSERT_FALSE(homeScreen.empty());
-    ASSERT_FALSE(dock.empty());
-    test::TempDir fresh;
-    auto blocked = test::runScript({"--root", fresh.path().string()}, "open NIMRootListController\ntap " + homeScreen + "\n");
-    EXPECT_NE(blocked.status, 0) << "the link to Home Screen is shown on a fresh root";
-    test::TempDir root;
-    auto reached = test::runScript({"--root", root.path().string()}, "open NIMRootListController\nset nimbraEnabled true\ntap " + homeScreen +
-                                                                          "\nset enabled true\ntap " + dock + "\nshow\n");
-    ASSERT_EQ(reached.status, 0) << reached.errors;
-    ASSERT_FALSE(reached.lines.empty());
-    EXPECT_EQ(reached.lines.back()["page"], "NIMHomeScreenDockPrefsListController");
 }
 
 TEST(Search, NeedsWords)

@@ -1,5 +1,5 @@
 // Control Center, App Switcher, battery and gesture pages, by behaviour: shared groups, generated
-// pages, rearrangement, version gates and the resets.
+// pages, rearrangement, version gates and the modules alert.
 
 #include "pages/PageTestSupport.h"
 
@@ -147,10 +147,9 @@ TEST(GeneratedPages, OneSectionPerEnabledModuleWithEqualityTests)
     auto root = s.root.path();
     auto bundle = [&](const std::string& folder, const std::string& name, PlistDictionary info, PlistDictionary localized = {}) {
         auto dir = root / folder / (name + ".bundle");
-        test::writeFile(dir / "Info.plist", PropertyListSerialization::dataWithPropertyList(PlistValue(info), PropertyListSerialization::Format::XML));
+        test::writePlist(dir / "Info.plist", PlistValue(info), PropertyListSerialization::Format::XML);
         if (!localized.empty())
-            test::writeFile(dir / "en.lproj/InfoPlist.strings",
-                            PropertyListSerialization::dataWithPropertyList(PlistValue(localized), PropertyListSerialization::Format::XML));
+            test::writePlist(dir / "en.lproj/InfoPlist.strings", PlistValue(localized), PropertyListSerialization::Format::XML);
     };
     auto id = [](const char* identifier, const char* name) {
         return PlistDictionary{{"CFBundleIdentifier", PlistValue(identifier)}, {"CFBundleName", PlistValue(name)}};
@@ -166,9 +165,8 @@ TEST(GeneratedPages, OneSectionPerEnabledModuleWithEqualityTests)
     PlistArray order{PlistValue("com.vendor.WeatherModule"), PlistValue("com.veltram.nimbrapowercontrolmodule"),
                      PlistValue("com.apple.control-center.UnnamedModule"), PlistValue("com.example.NoBundle"),
                      PlistValue("com.apple.control-center.FlashlightModule"), PlistValue("com.apple.control-center.OrientationLockModule")};
-    test::writeFile(root / "var/mobile/Library/ControlCenter/ModuleConfiguration.plist",
-                    PropertyListSerialization::dataWithPropertyList(PlistValue(PlistDictionary{{"module-identifiers", PlistValue(order)}}),
-                                                                    PropertyListSerialization::Format::XML));
+    test::writePlist(root / "var/mobile/Library/ControlCenter/ModuleConfiguration.plist", PlistValue(PlistDictionary{{"module-identifiers",
+                     PlistValue(order)}}), PropertyListSerialization::Format::XML);
     s.store(kControlCenter, "togglesBackgroundColorStyle", PlistValue(3));
     s.store(kControlCenter, "togglesIconColorStyle", PlistValue(1));
     s.open("NIMControlCenterTogglesLightModePrefsListController");
@@ -276,7 +274,7 @@ TEST(VersionGates, MediaSizeRowsAreGreyedOutFromIOS15)
     }
 }
 
-TEST(ControlCenterRoot, TheModulesAlertAndTheResets)
+TEST(ControlCenterRoot, TheModulesAlertListsTheModules)
 {
     test::PageSession s;
     s.open("NIMControlCenterRootPrefsListController");
@@ -287,16 +285,6 @@ TEST(ControlCenterRoot, TheModulesAlertAndTheResets)
     EXPECT_TRUE(message.starts_with("Nimbra offers 4 modules for the Control Center:\n\n1) A Power Module"));
     EXPECT_TRUE(message.ends_with("to add those modules to Control Center."));
     s->alert("Dismiss");
-    for (std::string store : {"", ".rearrangeconnectivity", ".colors"})
-        s.store(kControlCenter + store, "x", PlistValue(1));
-    EXPECT_EQ(s.confirm("resetSettings"), (std::vector<std::string>{kPreferences + kControlCenter + ".plist",
-                                                                    kPreferences + kControlCenter + ".rearrangeconnectivity.plist"}));
-    EXPECT_EQ(s.confirm("resetColors"), std::vector<std::string>{kPreferences + kControlCenter + ".colors.plist"});
-
-    test::PageSession switcher;
-    switcher.store("com.veltram.nimbraprefs.appswitcher", "x", PlistValue(1));
-    switcher.open("NIMAppSwitcherRootPrefsListController");
-    EXPECT_EQ(switcher.confirm("resetSettings"), std::vector<std::string>{kPreferences + "com.veltram.nimbraprefs.appswitcher.plist"});
 }
 
 TEST(ControlCenterRoot, TheReloadRemovesTheBackgroundBeforeTheVerticalPosition)

@@ -1,5 +1,5 @@
 // Home Screen, Lock Screen, status bar, time, notification, widget and miscellaneous pages, by
-// behaviour: nesting, shared blocks, gates, deliberate departures, resets and test actions.
+// behaviour: nesting, shared blocks, gates, deliberate departures and test actions.
 
 #include "pages/PageTestSupport.h"
 
@@ -292,37 +292,4 @@ TEST(TestActions, NotificationsPostOneEachAndChangeNothing)
     EXPECT_EQ(events[0]["name"], "com.veltram.nimbraprefs.notifications/TestNotifications");
     EXPECT_EQ(events[1]["name"], "com.veltram.nimbraprefs.notifications/TestBanner");
     EXPECT_FALSE(s->file(kPreferences + ".notifications.plist")["exists"]);
-}
-
-TEST(Resets, EachGroupDeletesItsOwnFiles)
-{
-    struct Reset {
-        std::string page, action, message;
-        std::vector<std::string> files;
-    };
-    for (auto& reset : std::vector<Reset>{
-             {"NIMHomeScreenRootPrefsListController", "resetSettings", "Do you really want to reset Home Screen Settings?",
-              {".homescreen", ".homescreen.renamedApps", ".homescreen.hiddenApps"}},
-             {"NIMHomeScreenRootPrefsListController", "resetColors", "Do you really want to reset Home Screen Colors?", {".homescreen.colors"}},
-             {"NIMLockScreenRootPrefsListController", "resetSettings", "Do you really want to reset Lock Screen Settings?", {".lockscreen"}},
-             {"NIMStatusBarRootPrefsListController", "resetSettings", "Do you really want to reset Status Bar Settings?",
-              {".statusbar", ".battery", ".battery.gestureApps", ".time", ".time.gestureApps"}},
-             {"NIMStatusBarRootPrefsListController", "resetColors", "Do you really want to reset Status Bar Colors?",
-              {".statusbar.colors", ".battery.colors", ".time.colors"}},
-             {"NIMNotificationsRootPrefsListController", "resetSettings", "Do you really want to reset Notifications Settings?", {".notifications"}},
-             {"NIMWidgetsRootPrefsListController", "resetSettings", "Do you really want to reset Widgets Settings?", {".widgets"}},
-             {"NIMMiscellaneousRootPrefsListController", "resetSettings", "Do you really want to reset Miscellaneous Settings?", {".misc"}},
-         }) {
-        SCOPED_TRACE(reset.page + " " + reset.action);
-        test::PageSession s;
-        std::vector<std::string> expected;
-        for (auto& suffix : reset.files) {
-            s.store("com.veltram.nimbraprefs" + suffix, "stored", PlistValue(true));
-            expected.push_back(kPreferences + suffix + ".plist");
-        }
-        s.open(reset.page);
-        EXPECT_EQ(s.confirm(reset.action), expected);
-        EXPECT_EQ(s.alertMessage, reset.message);
-        EXPECT_TRUE(s.resprung);
-    }
 }

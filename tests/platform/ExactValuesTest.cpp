@@ -42,34 +42,7 @@ PlistDictionary unusualValues()
     };
 }
 
-/// Kind and value alike, recursively (isEqual: would call 1 and YES equal).
-bool identical(const PlistValue& a, const PlistValue& b)
-{
-    if (a.kind() != b.kind() || a.isLargeUnsigned() != b.isLargeUnsigned())
-        return false;
-    if (a.kind() == PlistValue::Kind::Array) {
-        if (a.arrayValue().size() != b.arrayValue().size())
-            return false;
-        for (std::size_t i = 0; i < a.arrayValue().size(); ++i)
-            if (!identical(a.arrayValue()[i], b.arrayValue()[i]))
-                return false;
-        return true;
-    }
-    if (a.kind() == PlistValue::Kind::Dictionary) {
-        if (a.dictionaryValue().size() != b.dictionaryValue().size())
-            return false;
-        for (auto& [key, item] : a.dictionaryValue())
-            if (!identical(item, b[key]))
-                return false;
-        return true;
-    }
-    if (a.kind() == PlistValue::Kind::Real)
-        return std::bit_cast<std::uint64_t>(a.doubleValue()) == std::bit_cast<std::uint64_t>(b.doubleValue());
-    if (a.kind() == PlistValue::Kind::Date)
-        return std::bit_cast<std::uint64_t>(a.dateValue()->secondsSinceReferenceDate) ==
-               std::bit_cast<std::uint64_t>(b.dateValue()->secondsSinceReferenceDate);
-    return a == b;
-}
+using test::identical;
 
 std::string run(const std::string& command)
 {
@@ -100,24 +73,16 @@ std::string changeOneKeyThroughThePage(const std::string& bytes)
 
 }  // namespace
 
-TEST(ExactValues, EveryValueSurvivesBinaryExactly)
+TEST(ExactValues, EveryValueSurvivesBothFormatsExactly)
 {
-    PlistValue values(unusualValues());
-    auto parsed = PropertyListSerialization::propertyListWithData(PropertyListSerialization::dataWithPropertyList(values, Format::Binary));
-    ASSERT_TRUE(parsed);
-    for (auto& [key, value] : unusualValues())
-        EXPECT_TRUE(identical((*parsed)[key], value)) << key;
+    for (Format format : {Format::Binary, Format::XML}) {
+        auto parsed = PropertyListSerialization::propertyListWithData(PropertyListSerialization::dataWithPropertyList(PlistValue(unusualValues()), format));
+        ASSERT_TRUE(parsed);
+        for (auto& [key, value] : unusualValues())
+            EXPECT_TRUE(identical((*parsed)[key], value)) << key << (format == Format::XML ? " (XML)" : " (binary)");
+        EXPECT_EQ((*parsed)["largestUnsigned"].unsignedBits(), std::numeric_limits<std::uint64_t>::max());
+    }
     EXPECT_FALSE(PlistValue::unsignedInteger(std::numeric_limits<std::uint64_t>::max()) == PlistValue(-1));
-    EXPECT_EQ((*parsed)["largestUnsigned"].unsignedBits(), std::numeric_limits<std::uint64_t>::max());
-}
-
-TEST(ExactValues, XmlKeepsEveryValueThisReaderWrote)
-{
-    PlistValue values(unusualValues());
-    auto parsed = PropertyListSerialization::propertyListWithData(PropertyListSerialization::dataWithPropertyList(values, Format::XML));
-    ASSERT_TRUE(parsed);
-    for (auto& [key, value] : unusualValues())
-        EXPECT_TRUE(identical((*parsed)[key], value)) << key;
 }
 
 TEST(ExactValues, XmlDatesAndIntegersOverTheirWholeRange)

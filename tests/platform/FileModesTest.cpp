@@ -25,17 +25,8 @@ namespace {
 const std::string kPicture = "/var/jb/var/mobile/Library/Nimbra/LockBackground.png";
 constexpr const char* kDomain = "com.veltram.nimbraprefs.modes";
 
-struct Umask {
-    explicit Umask(mode_t mask) : old(::umask(mask)) {}
-    ~Umask() { ::umask(old); }
-    mode_t old;
-};
-
-mode_t modeOf(const fs::path& path)
-{
-    struct stat st {};
-    return ::stat(path.c_str(), &st) == 0 ? st.st_mode & 07777 : 0;
-}
+using test::modeOf;
+using test::Umask;
 
 std::vector<std::string> namesIn(const fs::path& folder)
 {

@@ -24,8 +24,7 @@ struct ReadPassTest : ::testing::Test {
     void writeElsewhere(const PlistDictionary& values)
     {
         std::filesystem::path other = file.string() + ".other";
-        test::writeFile(other, PropertyListSerialization::dataWithPropertyList(PlistValue(values),
-                                                                               PropertyListSerialization::Format::Binary));
+        test::writePlist(other, PlistValue(values));
         std::filesystem::rename(other, file);
     }
     /// The file's inode and modification time, which any replacement changes.

@@ -26,8 +26,7 @@ struct PreferencesTest : ::testing::Test {
     }
     void writeOnDisk(const PlistDictionary& values)
     {
-        test::writeFile(file, PropertyListSerialization::dataWithPropertyList(PlistValue(values),
-                                                                              PropertyListSerialization::Format::XML));
+        test::writePlist(file, PlistValue(values), PropertyListSerialization::Format::XML);
     }
     std::vector<fs::path> asideFiles()
     {
@@ -115,8 +114,7 @@ TEST_F(PreferencesTest, ACorruptFileReadsEmptyAndIsKeptAsideBeforeTheFirstWrite)
 
 TEST_F(PreferencesTest, ANonDictionaryOrOversizedFileCountsAsCorrupt)
 {
-    test::writeFile(file, PropertyListSerialization::dataWithPropertyList(PlistValue(PlistArray{PlistValue(1)}),
-                                                                          PropertyListSerialization::Format::XML));
+    test::writePlist(file, PlistValue(PlistArray{PlistValue(1)}), PropertyListSerialization::Format::XML);
     auto preferences = HBPreferences::preferencesForIdentifier(kDomain);
     EXPECT_TRUE(preferences->dictionaryRepresentation().empty());
     ASSERT_TRUE(preferences->removeAllObjects());

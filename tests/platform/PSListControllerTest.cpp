@@ -34,8 +34,7 @@ struct ModelTest : ::testing::Test {
     }
     void define(const std::string& name, const PlistValue& definition)
     {
-        test::writeFile(resources / (name + ".plist"),
-                        PropertyListSerialization::dataWithPropertyList(definition, PropertyListSerialization::Format::XML));
+        test::writePlist(resources / (name + ".plist"), definition, PropertyListSerialization::Format::XML);
     }
     void show(std::vector<std::string> ids)
     {

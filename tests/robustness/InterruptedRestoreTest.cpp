@@ -13,10 +13,7 @@
 
 #include <gtest/gtest.h>
 
-#include <fcntl.h>
 #include <signal.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <chrono>
@@ -101,26 +98,10 @@ std::vector<std::string> leftovers(const fs::path& root)
 
 pid_t startImport(const fs::path& root, const fs::path& backup)
 {
-    pid_t pid = ::fork();
-    if (pid == 0) {
-        int null = ::open("/dev/null", O_RDWR);
-        ::dup2(null, 1);
-        ::dup2(null, 2);
-        std::string exe = test::prefsExe(), rootFlag = "--root", rootText = root.string(), command = "import",
-                    file = backup.string();
-        char* argv[] = {exe.data(), rootFlag.data(), rootText.data(), command.data(), file.data(), nullptr};
-        ::execv(argv[0], argv);
-        ::_exit(127);
-    }
-    return pid;
+    return test::startProgram({"--root", root.string(), "import", backup.string()});
 }
 
-int waitFor(pid_t pid)
-{
-    int status = 0;
-    ::waitpid(pid, &status, 0);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
+using test::waitForProgram;
 
 }  // namespace
 
@@ -135,7 +116,7 @@ TEST(InterruptedRestore, KillsAtRandomMomentsLeaveTheOldSetOrTheNewSet)
     writeOldSet(root.path());
     // How long a whole restore takes here: the kills fall anywhere within it.
     auto started = std::chrono::steady_clock::now();
-    ASSERT_EQ(waitFor(startImport(root.path(), backup)), 0);
+    ASSERT_EQ(waitForProgram(startImport(root.path(), backup)), 0);
     auto whole = std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - started).count();
     ASSERT_EQ(whichSet(root.path()), "new");
 
@@ -146,7 +127,7 @@ TEST(InterruptedRestore, KillsAtRandomMomentsLeaveTheOldSetOrTheNewSet)
         writeOldSet(root.path());
         pid_t pid = startImport(root.path(), backup);
         std::this_thread::sleep_for(std::chrono::microseconds(delay(random)));
-        killed += ::kill(pid, SIGKILL) == 0 && waitFor(pid) == -1;
+        killed += ::kill(pid, SIGKILL) == 0 && waitForProgram(pid) == -1;
         // The next start settles what the killed restore left.
         auto next = test::runProgram({"--root", root.path().string(), "script"}, "");
         ASSERT_EQ(next.status, 0) << next.errors;

@@ -3,16 +3,14 @@
 // complete property list, no temporary file outlives the next write, and no key is lost.
 // NIMBRA_KILL_ROUNDS sets the number of kills (default 200; 10000 for a long run by hand).
 
+#include "ProgramRun.h"
 #include "TestSupport.h"
 
 #include "platform/PropertyListSerialization.h"
 
 #include <gtest/gtest.h>
 
-#include <fcntl.h>
 #include <signal.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <chrono>
 #include <random>
@@ -24,29 +22,12 @@ namespace {
 
 const std::string kDomain = "com.veltram.nimbraprefs.writers";
 
-/// Starts `nimbra-prefs --root ROOT script SCRIPT` with its output discarded.
 pid_t startScript(const fs::path& root, const fs::path& script)
 {
-    pid_t pid = ::fork();
-    if (pid == 0) {
-        int null = ::open("/dev/null", O_RDWR);
-        ::dup2(null, 1);
-        ::dup2(null, 2);
-        std::string exe = test::prefsExe(), rootText = root.string(), scriptText = script.string();
-        std::string rootFlag = "--root", command = "script";
-        char* argv[] = {exe.data(), rootFlag.data(), rootText.data(), command.data(), scriptText.data(), nullptr};
-        ::execv(argv[0], argv);
-        ::_exit(127);
-    }
-    return pid;
+    return test::startProgram({"--root", root.string(), "script", script.string()});
 }
 
-int waitFor(pid_t pid)
-{
-    int status = 0;
-    ::waitpid(pid, &status, 0);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
+using test::waitForProgram;
 
 std::optional<PlistDictionary> parsed(const fs::path& file)
 {
@@ -81,7 +62,7 @@ TEST(KilledWriters, KillsDuringWritesLeaveACompleteFileAndNoLitter)
         lines += "write " + kDomain + " key" + std::to_string(i % 16) + " \"" + std::string(64 + i % 200, 'x') + "\"\n";
     test::writeFile(io / "writes.nps", lines);
     test::writeFile(io / "first.nps", "write " + kDomain + " first true\n");
-    ASSERT_EQ(waitFor(startScript(root.path(), io / "first.nps")), 0);
+    ASSERT_EQ(waitForProgram(startScript(root.path(), io / "first.nps")), 0);
 
     std::mt19937 random(12345);
     std::uniform_int_distribution<int> delay(0, 40000);  // microseconds after the start
@@ -89,13 +70,13 @@ TEST(KilledWriters, KillsDuringWritesLeaveACompleteFileAndNoLitter)
     for (int round = 0; round < rounds; ++round) {
         pid_t pid = startScript(root.path(), io / "writes.nps");
         std::this_thread::sleep_for(std::chrono::microseconds(delay(random)));
-        killedWhileRunning += ::kill(pid, SIGKILL) == 0 && waitFor(pid) == -1;
+        killedWhileRunning += ::kill(pid, SIGKILL) == 0 && waitForProgram(pid) == -1;
         auto values = parsed(file);
         ASSERT_TRUE(values) << "round " << round << ": the domain file is torn or missing";
         ASSERT_EQ((*values)["first"], PlistValue(true)) << "round " << round;
     }
     EXPECT_GT(killedWhileRunning, rounds / 2);
-    ASSERT_EQ(waitFor(startScript(root.path(), io / "first.nps")), 0);
+    ASSERT_EQ(waitForProgram(startScript(root.path(), io / "first.nps")), 0);
     EXPECT_EQ(strayFiles(file.parent_path()), std::vector<std::string>{});
 }
 
@@ -106,7 +87,7 @@ TEST(KilledWriters, FourWritersLoseNoKey)
     fs::path file = test::under(root.path(), "/var/jb/var/mobile/Library/Preferences/" + kDomain + ".plist");
     // Seed the root first, so that the writers race on the domain only.
     test::writeFile(io / "none.nps", "");
-    ASSERT_EQ(waitFor(startScript(root.path(), io / "none.nps")), 0);
+    ASSERT_EQ(waitForProgram(startScript(root.path(), io / "none.nps")), 0);
     std::vector<pid_t> writers;
     for (int w = 0; w < kWriters; ++w) {
         std::string lines;
@@ -117,7 +98,7 @@ TEST(KilledWriters, FourWritersLoseNoKey)
         writers.push_back(startScript(root.path(), script));
     }
     for (pid_t pid : writers)
-        EXPECT_EQ(waitFor(pid), 0);
+        EXPECT_EQ(waitForProgram(pid), 0);
     auto values = parsed(file);
     ASSERT_TRUE(values);
     std::size_t lost = 0;
